@@ -1,0 +1,36 @@
+# The rules that every target of the project follows.
+include(GenerateExportHeader)
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# Hosts find the libraries of an installation beside their own bin folder.
+set(CMAKE_INSTALL_RPATH "$ORIGIN:$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+
+add_library(ztCompileOptions INTERFACE)
+target_compile_options(ztCompileOptions INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<BOOL:${ZT_WERROR}>:-Werror>
+    # Placement is single precision, rounded after each operation, on every processor.
+    -ffp-contract=off)
+
+# zt_add_library(Room Output MACRO SOURCES... HEADERS public headers...)
+# A shared library with a SONAME, the alias zt::Room, the export macro MACRO in Output_export.h, and install rules.
+function(zt_add_library name output macro)
+    cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS" ${ARGN})
+    add_library(${name} SHARED ${ARG_SOURCES} ${ARG_HEADERS})
+    add_library(zt::${name} ALIAS ${name})
+    set_target_properties(${name} PROPERTIES
+        OUTPUT_NAME ${output} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    generate_export_header(${name} EXPORT_MACRO_NAME ${macro}
+        EXPORT_FILE_NAME ${CMAKE_CURRENT_BINARY_DIR}/${output}_export.h)
+    target_include_directories(${name} PUBLIC
+        $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}> $<BUILD_INTERFACE:${CMAKE_CURRENT_BINARY_DIR}>)
+    target_link_libraries(${name} PRIVATE ztCompileOptions)
+    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    install(FILES ${ARG_HEADERS} ${CMAKE_CURRENT_BINARY_DIR}/${output}_export.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ztOverlayUtils)
+endfunction()

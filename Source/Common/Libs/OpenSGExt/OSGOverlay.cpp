@@ -1,0 +1,30 @@
+#include "OSGOverlay.h"
+
+namespace osg
+{
+
+namespace
+{
+constexpr BitVector pictureFields = OverlayBase::ContentTypeFieldMask | OverlayBase::ImageFieldMask |
+                                    OverlayBase::TextFieldMask | OverlayBase::FontFieldMask |
+                                    OverlayBase::TextColorFieldMask | OverlayBase::BackgroundColorFieldMask |
+                                    OverlayBase::BackgroundTransparencyFieldMask |
+                                    OverlayBase::SizeModeFieldMask | OverlayBase::SizeFieldMask;
+}
+
+OSG_CONTAINER_TYPE(Overlay, NodeCore);
+
+Overlay::~Overlay()
+{
+    subRef(image);
+    subRef(foreground);
+}
+
+void Overlay::changed(BitVector mask, UInt32 origin)
+{
+    OverlayBase::changed(mask, origin);
+    if ((mask & pictureFields) && !(mask & DirtyFieldMask))
+        dirty = true;
+}
+
+} // namespace osg

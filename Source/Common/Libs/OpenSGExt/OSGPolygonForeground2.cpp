@@ -1,0 +1,20 @@
+#include "OSGPolygonForeground2.h"
+
+#include "OSGDrawAction.h"
+
+namespace osg
+{
+
+OSG_CONTAINER_TYPE(PolygonForeground2, Foreground);
+
+PolygonForeground2::~PolygonForeground2()
+{
+    subRef(material);
+}
+
+void PolygonForeground2::draw(DrawActionBase* action, Viewport* viewport)
+{
+    action->drawPolygon(*this, *viewport);
+}
+
+} // namespace osg

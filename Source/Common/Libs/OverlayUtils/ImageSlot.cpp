@@ -1,0 +1,66 @@
+#include "ImageSlot.h"
+
+#include <cstring>
+
+namespace ztOverlays
+{
+
+namespace
+{
+
+constexpr int blankSize = 16;
+
+/// Null without chunks.
+osg::TextureChunkPtr slotOf(osg::PolygonForeground2Ptr const& foreground)
+{
+    auto const material = osg::dynamicCast<osg::ChunkMaterial>(foreground->material);
+    return material->chunks.empty() ? osg::TextureChunkPtr()
+                                    : osg::dynamicCast<osg::TextureChunk>(material->chunks.front());
+}
+
+} // namespace
+
+osg::ImagePtr getImage(osg::PolygonForeground2Ptr const& foreground)
+{
+    osg::TextureChunkPtr const slot = slotOf(foreground);
+    return slot != osg::NullFC ? slot->image : osg::ImagePtr();
+}
+
+void setImage(osg::PolygonForeground2Ptr const& foreground, osg::ImagePtr const& image)
+{
+    osg::TextureChunkPtr const slot = slotOf(foreground);
+    if (slot == osg::NullFC)
+        return;
+    slot->setImage(image);
+    osg::markChanged(slot, osg::TextureChunk::ImageFieldMask);
+}
+
+void clearImage(osg::ImagePtr const& image)
+{
+    image->set(osg::Image::FormatRGBA, blankSize, blankSize, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8,
+               true, 1);
+    std::memset(image->pixelBuffer(), 0, blankSize * blankSize * 4);
+    osg::markChanged(image, osg::AllFieldsMask);
+}
+
+osg::ImagePtr createBlankImage()
+{
+    auto const image = osg::create<osg::Image>();
+    clearImage(image);
+    return image;
+}
+
+osg::ImagePtr syncImage(osg::OverlayPtr const& overlay)
+{
+    osg::ImagePtr const current = getImage(overlay->foreground);
+    bool const isPicture = overlay->contentType != osg::Overlay::ContentText;
+    bool const holdsPicture = overlay->image == current;
+    if (isPicture == holdsPicture)
+        return current;
+
+    osg::ImagePtr const image = isPicture ? overlay->image : createBlankImage();
+    setImage(overlay->foreground, image);
+    return image;
+}
+
+} // namespace ztOverlays

@@ -1,0 +1,34 @@
+/// \file
+/// The place of the shown image: the texture chunk that comes first in the foreground's material.
+///
+/// The foreground's material is an osg::ChunkMaterial whose first chunk, if it has any, is an
+/// osg::TextureChunk.
+#pragma once
+
+#include "OSGOverlay.h"
+
+namespace ztOverlays
+{
+
+/// The image in the slot, borrowed. Null without chunks.
+osg::ImagePtr getImage(osg::PolygonForeground2Ptr const& foreground);
+
+/// Puts an image, which may be null, into the slot and marks the chunk. Without chunks: nothing happens.
+void setImage(osg::PolygonForeground2Ptr const& foreground, osg::ImagePtr const& image);
+
+/// Turns an image into 16 by 16 transparent pixels and marks it.
+void clearImage(osg::ImagePtr const& image);
+
+/// A new image as clearImage() leaves it.
+osg::ImagePtr createBlankImage();
+
+/// Brings the slot in line with `contentType`: a picture stands in it, and a text never renders into the
+/// picture. The overlay has a foreground. \return the image in the slot, borrowed. Null for a picture that is
+/// null, and for a text that has an `image` and an
+///     empty slot.
+osg::ImagePtr syncImage(osg::OverlayPtr const& overlay);
+
+/// Builds image, chunks, material and foreground of a core.
+void initOverlay(osg::OverlayPtr overlay);
+
+} // namespace ztOverlays

@@ -1,0 +1,98 @@
+#include "Placement.h"
+
+#include "ImageSlot.h"
+#include "OverlayAccess.h"
+#include "ztNumeric.h"
+#include "ztOverlayUtils.h"
+#include "ztPlatform.h"
+
+namespace ztOverlays
+{
+
+namespace
+{
+
+PixelSize pictureSize(PixelSize image, int sizeMode, float size, int targetHeight)
+{
+    float const aspect = image.width / image.height;
+    float const height = sizeMode == osg::Overlay::SizeAbsolute
+                             ? float(double(size) * ztPlatform::getDpiScaleY())
+                             : float(targetHeight) * size;
+    return {aspect * height, height};
+}
+
+osg::Vec2f scaledByDpi(osg::Vec2f offset)
+{
+    double const scaleX = ztPlatform::getDpiScaleX();
+    double const scaleY = ztPlatform::getDpiScaleY();
+    return {float(double(offset.x) * scaleX), float(double(offset.y) * scaleY)};
+}
+
+/// False too if one of the two is not a number.
+bool isSame(float a, float b)
+{
+    constexpr float epsilon = 1e-6f;
+    return a - b <= epsilon && b - a <= epsilon;
+}
+
+bool isAt(osg::MField<osg::Pnt2f> const& positions, PixelRectangle const& rectangle)
+{
+    return positions.size() > 2 && isSame(rectangle.x0, positions[0].x) &&
+           isSame(rectangle.y0, positions[0].y) && isSame(rectangle.x1, positions[2].x) &&
+           isSame(rectangle.y1, positions[2].y);
+}
+
+} // namespace
+
+int relativePixelHeight(int targetHeight, float size)
+{
+    return ztNumeric::truncate(float(targetHeight) * size);
+}
+
+PixelSize overlayPixelSize(osg::Overlay const& overlay, osg::ImagePtr const& image, int targetHeight)
+{
+    if (image == osg::NullFC)
+        return {0.0f, 0.0f};
+    PixelSize const imageSize{float(image->width), float(image->height)};
+    return overlay.contentType == osg::Overlay::ContentText
+               ? imageSize
+               : pictureSize(imageSize, overlay.sizeMode, overlay.size, targetHeight);
+}
+
+PixelRectangle place(PixelSize size, osg::Vec2f anchor, osg::Vec2f offset, int targetWidth, int targetHeight)
+{
+    float const x0 = ((float(targetWidth) * anchor.x) - (anchor.x * size.width)) + offset.x;
+    float const y0 = ((float(targetHeight) * anchor.y) - (anchor.y * size.height)) + offset.y;
+    return {x0, y0, size.width + x0, size.height + y0};
+}
+
+void updateOverlayPosition(OverlayPtr const& overlay, int viewportWidth, int viewportHeight)
+{
+    if (overlay == osg::NullFC || overlay->foreground == osg::NullFC)
+        return;
+    ImagePtr const image = syncImage(overlay);
+    PixelSize const size = overlayPixelSize(*overlay, image, viewportHeight);
+    auto const [x0, y0, x1, y1] =
+        place(size, overlay->anchor, scaledByDpi(overlay->offset), viewportWidth, viewportHeight);
+
+    auto& positions = overlay->foreground->positions;
+    if (isAt(positions, {x0, y0, x1, y1}))
+        return;
+    positions.clear();
+    positions.push_back({x0, y0});
+    positions.push_back({x1, y0});
+    positions.push_back({x1, y1});
+    positions.push_back({x0, y1});
+    osg::markChanged(overlay->foreground, osg::PolygonForeground2Base::PositionsFieldMask);
+}
+
+void updateOverlayPosition(osg::NodePtr const& node, ViewportPtr const& viewport)
+{
+    if (viewport == osg::NullFC)
+        return;
+    int width, height;
+    getViewportSize(viewport, width, height);
+    updateOverlayPosition(overlayOf(node), width, height);
+}
+
+} // namespace ztOverlays

@@ -1,0 +1,141 @@
+/// \file
+/// Screen overlays: text labels and pictures that stay fixed in a viewport, in front of the rendered scene,
+/// and that can be stamped onto an image.
+///
+/// An overlay is a node with an osg::Overlay core under the scene's pool root. The host writes the core's
+/// fields and marks what it wrote; the library renders, places, shows and composites. \code osg::NodePtr node
+/// = ztOverlays::createOverlay(ztOverlays::getOverlayPoolRoot()); osg::OverlayPtr label =
+/// osg::dynamicCast<osg::Overlay>(node->core); label->text = "Frame 12"; osg::markChanged(label,
+/// osg::OverlayBase::TextFieldMask); ztOverlays::updateAllOverlays(viewport); \endcode
+///
+/// Sizes and coordinates are pixels of the target, which is a viewport or an image, y up from the lower edge.
+/// Pointers in arguments and results are borrowed. Nothing here reports an error: a null argument, a node
+/// that is no overlay and a missing pool, image or viewport make an operation do less or nothing. Everything
+/// runs on the calling thread.
+///
+/// Text needs the host's QGuiApplication; without one a text overlay is blank and stays `dirty`.
+#pragma once
+
+#include "OSGOverlay.h"
+#include "OSGViewport.h"
+#include "ztOverlayUtils_export.h"
+
+#include <functional>
+#include <vector>
+
+namespace ztOverlays
+{
+
+using osg::ImagePtr;
+using osg::OverlayPtr;
+using osg::PolygonForeground2Ptr;
+using osg::ViewportPtr;
+
+/// \name Pool
+/// \{
+
+/// The node under which the current scene's overlays hang. It is made if the scene has a material pool and no
+/// such node yet; null without a pool.
+ZTOVERLAYUTILS_EXPORT osg::NodePtr getOverlayPoolRoot();
+
+/// The pool root of the scene that a node belongs to, null if there is none or none has been made.
+ZTOVERLAYUTILS_EXPORT osg::NodePtr getOverlayPoolRootForNode(osg::NodePtr const& node);
+
+/// Reverses the order of the overlays directly under the pool root of the scene that a node belongs to.
+ZTOVERLAYUTILS_EXPORT void reverseOverlaysSGOrder(osg::NodePtr const& node);
+
+/// \}
+/// \name Making
+/// \{
+
+/// A new overlay with default settings and a blank image, appended to the children of `parent`. Under a
+/// parent with an osg::Switch core it starts hidden (`travMask` 0), else shown. A null parent: the overlay
+/// hangs nowhere, its count is 0 and it is the caller's.
+ZTOVERLAYUTILS_EXPORT osg::NodePtr createOverlay(osg::NodePtr const& parent);
+
+/// A new overlay with the settings of another, appended to the children of `parent`, which may be null. A
+/// picture is shared; a text's rendering is not, and the duplicate is blank until it is rendered. Its
+/// foreground is active unless a node above is inactive. Name, visibility and children are not taken over.
+/// \return null, and nothing happens, if `source` is null
+ZTOVERLAYUTILS_EXPORT osg::NodePtr duplicateOverlay(osg::NodePtr const& parent, OverlayPtr const& source);
+
+/// \}
+/// \name Rendering
+/// \{
+
+/// Renders a text overlay anew for a target of a size, clears `dirty`, and places the overlay. A picture
+/// needs no rendering and the rest happens. A text that has nothing to draw (no text, a font size below one
+/// point, no QGuiApplication) becomes blank, stays as dirty as it was and isn't placed. An overlay without a
+/// foreground gets one.
+ZTOVERLAYUTILS_EXPORT void updateOverlayImage(OverlayPtr const& overlay, int viewportWidth,
+                                              int viewportHeight);
+
+/// The same for a node's overlay and the viewport's own size in pixels.
+ZTOVERLAYUTILS_EXPORT void updateOverlayImage(osg::NodePtr const& node, ViewportPtr const& viewport);
+
+/// \}
+/// \name Size and placement
+/// \{
+
+/// The size that the overlays of a viewport are laid out for: its own size in pixels, or the full size of the
+/// first osg::TileCameraDecorator among its camera decorators. A sheared stereo decorator directly over a
+/// perspective camera widens it by the camera's `aspect` if that is above 1 and heightens it by its inverse
+/// if it is below. A null viewport gives 0 by 0.
+ZTOVERLAYUTILS_EXPORT void getViewportSize(ViewportPtr const& viewport, int& width, int& height);
+
+/// Places an overlay on a target of a size: writes the foreground's `positions`, and marks them, if a corner
+/// has moved by more than 1e-6.
+///
+/// With a size of w by h the lower left corner is at (width × ax − ax × w + ox, height × ay − ay × h + oy),
+/// where a is the `anchor` and o the `offset` times the DPI scales. A text has the size of its image. A
+/// picture has the height `size` × DPI scale or `size` × target height, and its own proportions. Nothing
+/// happens without a foreground.
+ZTOVERLAYUTILS_EXPORT void updateOverlayPosition(OverlayPtr const& overlay, int viewportWidth,
+                                                 int viewportHeight);
+
+/// The same for a node's overlay and the size from getViewportSize().
+ZTOVERLAYUTILS_EXPORT void updateOverlayPosition(osg::NodePtr const& node, ViewportPtr const& viewport);
+
+/// \}
+/// \name Update
+/// \{
+
+/// Brings an overlay up to date for a target of a size: updateOverlayImage() if it is `dirty`, or if its size
+/// is relative and its image hasn't the height that follows from it; else updateOverlayPosition().
+ZTOVERLAYUTILS_EXPORT void updateOverlay(OverlayPtr const& overlay, int viewportWidth, int viewportHeight);
+
+/// The same for a node's overlay and the size from getViewportSize().
+ZTOVERLAYUTILS_EXPORT void updateOverlay(osg::NodePtr const& node, ViewportPtr const& viewport);
+
+/// updateOverlay() for every node of the current scene's pool, hidden ones too.
+ZTOVERLAYUTILS_EXPORT void updateAllOverlays(ViewportPtr const& viewport);
+
+/// \}
+/// \name Visibility
+/// \{
+
+/// Brings the `active` flag of a node's foreground in line: true exactly if the node's `travMask` is
+/// 0xFFFFFFFF and no node above is inactive. Marks the flag in any case.
+ZTOVERLAYUTILS_EXPORT void updateVisibility(osg::NodePtr const& node);
+
+/// Calls the callback with each visible overlay of the current scene's pool: those whose `travMask` and that
+/// of all nodes up to the pool root is 0xFFFFFFFF. A node comes before its children, and the children from
+/// last to first. \throw std::bad_function_call if the callback is empty and there is a visible overlay
+ZTOVERLAYUTILS_EXPORT void traverseVisibleOverlays(std::function<void(OverlayPtr&)> const& callback);
+
+/// Appends the visible overlays to the vector, in the order of traverseVisibleOverlays().
+ZTOVERLAYUTILS_EXPORT void getAllVisibleOverlays(std::vector<OverlayPtr>& overlays);
+
+/// \}
+/// \name Image
+/// \{
+
+/// Stamps overlays onto an image, in list order, each over those before it: lays them out for the image's
+/// size, blends each one on, and updates them for the viewport's own size in pixels. A null viewport: they
+/// stay laid out for the image. Null entries are passed over; whether an overlay is visible plays no part.
+ZTOVERLAYUTILS_EXPORT void blendOverlaysOntoImage(std::vector<OverlayPtr> const& overlays,
+                                                  ImagePtr const& image, ViewportPtr const& viewport);
+
+/// \}
+
+} // namespace ztOverlays

@@ -1,0 +1,77 @@
+/// \file
+/// Cameras, as far as the size of a picture depends on them.
+#pragma once
+
+#include "OSGFieldContainer.h"
+
+namespace osg
+{
+
+/// The base of all cameras.
+class OPENSG_EXPORT Camera : public FieldContainer
+{
+    OSG_ABSTRACT_CONTAINER(Camera)
+};
+
+using CameraPtr = FCPtr<Camera>;
+
+class OPENSG_EXPORT PerspectiveCameraBase : public Camera
+{
+  public:
+    /// Width over height of a pixel's picture, 1 for square pixels.
+    OSG_FIELD(Camera, 0, Aspect, aspect, float) = 1.0f;
+    static constexpr UInt16 FieldEnd = Camera::FieldEnd + 1;
+};
+
+class OPENSG_EXPORT PerspectiveCamera : public PerspectiveCameraBase
+{
+    OSG_CONTAINER(PerspectiveCamera)
+};
+
+using PerspectiveCameraPtr = FCPtr<PerspectiveCamera>;
+
+class OPENSG_EXPORT CameraDecoratorBase : public Camera
+{
+  public:
+    /// The camera that this one wraps, counted; null for none. A chain of decorators must be finite.
+    OSG_FIELD(Camera, 0, Decoratee, decoratee, CameraPtr);
+    static constexpr UInt16 FieldEnd = Camera::FieldEnd + 1;
+};
+
+/// The base of cameras that change what another camera does.
+class OPENSG_EXPORT CameraDecorator : public CameraDecoratorBase
+{
+    OSG_ABSTRACT_CONTAINER(CameraDecorator)
+
+  protected:
+    ~CameraDecorator() override;
+};
+
+using CameraDecoratorPtr = FCPtr<CameraDecorator>;
+
+/// One eye of a stereo pair.
+class OPENSG_EXPORT ShearedStereoCameraDecorator : public CameraDecorator
+{
+    OSG_CONTAINER(ShearedStereoCameraDecorator)
+};
+
+using ShearedStereoCameraDecoratorPtr = FCPtr<ShearedStereoCameraDecorator>;
+
+class OPENSG_EXPORT TileCameraDecoratorBase : public CameraDecorator
+{
+  public:
+    /// Size in pixels of the whole image that the tile is part of.
+    OSG_FIELD(CameraDecorator, 0, FullWidth, fullWidth, Int32) = 0;
+    OSG_FIELD(CameraDecorator, 1, FullHeight, fullHeight, Int32) = 0;
+    static constexpr UInt16 FieldEnd = CameraDecorator::FieldEnd + 2;
+};
+
+/// One tile of an image.
+class OPENSG_EXPORT TileCameraDecorator : public TileCameraDecoratorBase
+{
+    OSG_CONTAINER(TileCameraDecorator)
+};
+
+using TileCameraDecoratorPtr = FCPtr<TileCameraDecorator>;
+
+} // namespace osg

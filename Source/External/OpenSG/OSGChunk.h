@@ -1,0 +1,84 @@
+/// \file
+/// Chunks: the pieces of drawing state that a material is made of.
+#pragma once
+
+#include "OSGImage.h"
+
+#include <string>
+
+namespace osg
+{
+
+/// The base of all chunks.
+class OPENSG_EXPORT StateChunk : public FieldContainer
+{
+    OSG_ABSTRACT_CONTAINER(StateChunk)
+};
+
+using StateChunkPtr = FCPtr<StateChunk>;
+
+class OPENSG_EXPORT TextureChunkBase : public StateChunk
+{
+  public:
+    /// Counted, and entered in the image's `parents`: written only through TextureChunk::setImage().
+    OSG_FIELD(StateChunk, 0, Image, image, ImagePtr);
+    /// OpenGL enumerants of the filters and wrap modes.
+    OSG_FIELD(StateChunk, 1, MinFilter, minFilter, UInt32) = 9729;
+    OSG_FIELD(StateChunk, 2, MagFilter, magFilter, UInt32) = 9729;
+    OSG_FIELD(StateChunk, 3, WrapS, wrapS, UInt32) = 10497;
+    OSG_FIELD(StateChunk, 4, WrapT, wrapT, UInt32) = 10497;
+    static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 5;
+};
+
+/// A texture made from an image.
+class OPENSG_EXPORT TextureChunk : public TextureChunkBase
+{
+    OSG_CONTAINER(TextureChunk)
+
+  public:
+    /// Shows another image, or none: leaves the old image's `parents` (the first entry for this chunk),
+    /// counts the new image, gives back the old, and goes to the end of the new image's `parents`. With the
+    /// image that it has, the count stays and the chunk's entry moves to the end. Marks nothing.
+    void setImage(ImagePtr const& newImage);
+
+  protected:
+    ~TextureChunk() override;
+};
+
+using TextureChunkPtr = FCPtr<TextureChunk>;
+
+class OPENSG_EXPORT BlendChunkBase : public StateChunk
+{
+  public:
+    /// OpenGL enumerants of the blend factors, for straight alpha.
+    OSG_FIELD(StateChunk, 0, SrcFactor, srcFactor, UInt32) = 1;
+    OSG_FIELD(StateChunk, 1, DestFactor, destFactor, UInt32) = 0;
+    static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 2;
+};
+
+/// How drawn pixels mix with those that are there.
+class OPENSG_EXPORT BlendChunk : public BlendChunkBase
+{
+    OSG_CONTAINER(BlendChunk)
+};
+
+using BlendChunkPtr = FCPtr<BlendChunk>;
+
+class OPENSG_EXPORT ShaderChunkBase : public StateChunk
+{
+  public:
+    /// GLSL without a `#version` line, which the renderer puts before it.
+    OSG_FIELD(StateChunk, 0, VertexProgram, vertexProgram, std::string);
+    OSG_FIELD(StateChunk, 1, FragmentProgram, fragmentProgram, std::string);
+    static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 2;
+};
+
+/// The program that draws a polygon.
+class OPENSG_EXPORT ShaderChunk : public ShaderChunkBase
+{
+    OSG_CONTAINER(ShaderChunk)
+};
+
+using ShaderChunkPtr = FCPtr<ShaderChunk>;
+
+} // namespace osg

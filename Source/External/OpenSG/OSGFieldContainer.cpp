@@ -1,0 +1,166 @@
+#include "OSGFieldContainer.h"
+
+#include "OSGChangeList.h"
+#include "OSGThread.h"
+
+#include <atomic>
+
+namespace osg
+{
+
+namespace
+{
+LockPool refCountLock;
+std::atomic<std::size_t> numContainers{0};
+
+UInt32 nextTypeId()
+{
+    static std::atomic<UInt32> next{0};
+    return ++next;
+}
+} // namespace
+
+LockPool* const FieldContainerPtrBase::_pRefCountLock = &refCountLock;
+thread_local bool FieldContainerPtr::_ignore_change = false;
+
+FieldContainerPtrBase::FieldContainerPtrBase(FieldContainer* container, UInt16 parentEPos)
+    : _containerSize(container ? container->getType().getContainerSize() : UInt16(0)),
+      _parentEPos(parentEPos),
+      _container(container)
+{
+}
+
+TypeBase::TypeBase(char const* name, TypeBase const* parent) : _id(nextTypeId()), _name(name), _parent(parent)
+{
+}
+
+FieldContainerType::FieldContainerType(char const* name, FieldContainerType const* parent,
+                                       UInt16 containerSize, FieldContainer* (*makePrototype)())
+    : TypeBase(name, parent),
+      _parent(parent),
+      _prototype(makePrototype ? makePrototype() : nullptr),
+      _containerSize(containerSize)
+{
+}
+
+FieldContainerType::~FieldContainerType()
+{
+    delete _prototype;
+}
+
+FieldContainerPtr FieldContainerType::getPrototype() const
+{
+    return FieldContainerPtr(_prototype);
+}
+
+FieldContainerPtr FieldContainerType::createContainer() const
+{
+    return _prototype ? _prototype->shallowCopy() : FieldContainerPtr();
+}
+
+UInt32 FieldContainerType::getGroupId() const
+{
+    return _parent && _parent->_prototype ? _parent->getGroupId() : getId();
+}
+
+FieldContainerType const FieldContainer::_type("FieldContainer", nullptr, sizeof(FieldContainer), nullptr);
+
+FieldContainer::~FieldContainer() = default;
+
+void FieldContainer::changed(BitVector, UInt32) {}
+
+FieldContainerPtr FieldContainer::enter(FieldContainer* container)
+{
+    FieldContainerPtr const pointer(container);
+    FieldContainerFactory::registerFieldContainer(pointer);
+    return pointer;
+}
+
+void FieldContainerFactory::registerFieldContainer(FieldContainerPtr const&)
+{
+    ++numContainers;
+}
+
+void FieldContainerFactory::unregisterFieldContainer(FieldContainerPtr const&)
+{
+    --numContainers;
+}
+
+std::size_t FieldContainerFactory::getNumContainers()
+{
+    return numContainers;
+}
+
+class ReferenceCounting
+{
+  public:
+    /// Returns the count afterwards.
+    static Int32 change(FieldContainer* container, Int32 difference)
+    {
+        refCountLock.aquire(container);
+        Int32 const count = container->_refCount += difference;
+        refCountLock.release(container);
+        return count;
+    }
+
+    static void reportAdded(FieldContainerPtr const& container)
+    {
+        if (ChangeList* changeList = PThreadBase::getCurrentChangeList())
+            changeList->addAddRefd(container);
+    }
+
+    static void destroy(FieldContainerPtr const& container)
+    {
+        if (ChangeList* changeList = PThreadBase::getCurrentChangeList())
+            changeList->addDestroyed(container);
+        static_assert(ThreadManager::getNumAspects() == 1, "one delete destroys the container's only aspect");
+        delete container.getContainer();
+        FieldContainerFactory::unregisterFieldContainer(container);
+    }
+};
+
+void addRef(FieldContainerPtr const& container)
+{
+    if (container == NullFC)
+        return;
+    ReferenceCounting::change(container.getContainer(), 1);
+    ReferenceCounting::reportAdded(container);
+}
+
+void subRef(FieldContainerPtr const& container)
+{
+    if (container == NullFC)
+        return;
+    // The caller's pointer may lie in a container that is destroyed here.
+    FieldContainerPtr const target = container;
+    if (ReferenceCounting::change(target.getContainer(), -1) <= 0)
+        ReferenceCounting::destroy(target);
+    else if (ChangeList* changeList = PThreadBase::getCurrentChangeList())
+        changeList->addSubRefd(target);
+}
+
+void setRefd(FieldContainerPtr& field, FieldContainerPtr value)
+{
+    if (field == value)
+        return;
+    // The new target is counted before the old one goes, which may hold its last reference, and reported
+    // after.
+    if (value != NullFC)
+        ReferenceCounting::change(value.getContainer(), 1);
+    subRef(field);
+    field = value;
+    if (value != NullFC)
+        ReferenceCounting::reportAdded(value);
+}
+
+void markChanged(FieldContainerPtr const& container, BitVector mask)
+{
+    if (container == NullFC)
+        return;
+    if (ChangeList* changeList = PThreadBase::getCurrentChangeList())
+        changeList->addChanged(container, mask);
+    if (!FieldContainerPtr::_ignore_change)
+        container->changed(mask, FieldContainer::OriginExternal);
+}
+
+} // namespace osg

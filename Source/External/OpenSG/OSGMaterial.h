@@ -1,0 +1,45 @@
+/// \file
+/// Materials.
+#pragma once
+
+#include "OSGChunk.h"
+
+namespace osg
+{
+
+/// The base of all materials.
+class OPENSG_EXPORT Material : public FieldContainer
+{
+    OSG_ABSTRACT_CONTAINER(Material)
+};
+
+using MaterialPtr = FCPtr<Material>;
+
+class OPENSG_EXPORT ChunkMaterialBase : public Material
+{
+  public:
+    /// Counted, written through ChunkMaterial::addChunk().
+    OSG_FIELD(Material, 0, Chunks, chunks, std::vector<StateChunkPtr>);
+    static constexpr UInt16 FieldEnd = Material::FieldEnd + 1;
+};
+
+/// A material made of chunks.
+class OPENSG_EXPORT ChunkMaterial : public ChunkMaterialBase
+{
+    OSG_CONTAINER(ChunkMaterial)
+
+  public:
+    /// The slot of a chunk that is to come behind the others.
+    static constexpr Int32 AutoSlot = -2;
+
+    /// Appends a chunk, counted. Nothing happens for a null chunk or a slot other than AutoSlot. Marks
+    /// nothing. \return whether the chunk was added
+    bool addChunk(StateChunkPtr const& chunk, Int32 slot);
+
+  protected:
+    ~ChunkMaterial() override;
+};
+
+using ChunkMaterialPtr = FCPtr<ChunkMaterial>;
+
+} // namespace osg

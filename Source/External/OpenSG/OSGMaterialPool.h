@@ -1,0 +1,35 @@
+/// \file
+/// The core under which a scene keeps what its parts share.
+#pragma once
+
+#include "OSGNode.h"
+
+namespace osg
+{
+
+class OPENSG_EXPORT MaterialPoolBase : public NodeCore
+{
+  public:
+    /// The node under which all overlays hang, counted; null until initOverlayRoot().
+    OSG_FIELD(NodeCore, 0, OverlayRoot, overlayRoot, NodePtr);
+    static constexpr UInt16 FieldEnd = NodeCore::FieldEnd + 1;
+};
+
+/// The pool core of a scene.
+class OPENSG_EXPORT MaterialPool : public MaterialPoolBase
+{
+    OSG_CONTAINER(MaterialPool)
+
+  public:
+    /// Makes sure that `overlayRoot` holds a node. A new one is a group under the node that has this core, if
+    /// there is one, so that a search that starts at an overlay finds the pool. Marks what it makes and
+    /// changes.
+    void initOverlayRoot();
+
+  protected:
+    ~MaterialPool() override;
+};
+
+using MaterialPoolPtr = FCPtr<MaterialPool>;
+
+} // namespace osg

@@ -1,0 +1,109 @@
+/// \file
+/// The scene graph's tree: nodes, the cores that make them something, and the walk over them.
+#pragma once
+
+#include "OSGAttachment.h"
+
+#include <functional>
+
+namespace osg
+{
+
+class Node;
+class NodeCore;
+
+using NodePtr = FCPtr<Node>;
+using NodeCorePtr = FCPtr<NodeCore>;
+
+/// What a node is: a group, a switch, an overlay. Several nodes may share a core.
+class OPENSG_EXPORT NodeCore : public AttachmentContainer
+{
+    OSG_ABSTRACT_CONTAINER(NodeCore)
+
+  public:
+    /// The nodes that have this core. They are kept by Node::setCore() and hold it, not the other way round.
+    std::vector<NodePtr> const& getParents() const { return _parents; }
+
+  private:
+    friend class Node;
+
+    NotCopied<std::vector<NodePtr>> _parents;
+};
+
+/// A place in the tree. A node holds a reference on its core and on each child; the child's `parent` holds
+/// none.
+class OPENSG_EXPORT Node : public AttachmentContainer
+{
+    OSG_CONTAINER(Node)
+
+  public:
+    OSG_FIELD(AttachmentContainer, 0, TravMask, travMask, UInt32) = 0xFFFFFFFF;
+    OSG_FIELD(AttachmentContainer, 1, NodeFlags, nodeFlags, UInt32) = 0;
+    OSG_FIELD(AttachmentContainer, 2, Children, children, std::vector<NodePtr>);
+    OSG_FIELD(AttachmentContainer, 3, Core, core, NodeCorePtr);
+    OSG_FIELD(AttachmentContainer, 4, Parent, parent, NotCopied<NodePtr>);
+    static constexpr UInt16 FieldEnd = AttachmentContainer::FieldEnd + 5;
+
+    /// Makes `newCore`, which may be null, this node's core. Marks nothing.
+    void setCore(NodeCorePtr const& newCore);
+
+    /// Appends a child, which leaves the parent that it had. Nothing happens for null and for a node that
+    /// would become its own descendant. Marks nothing: the caller marks this node with ChildrenFieldMask.
+    void addChild(NodePtr const& child);
+
+    /// Takes a child out, and with it the reference on it. Nothing happens if it is none of this node's
+    /// children. Marks nothing.
+    void subChild(NodePtr const& child);
+
+  protected:
+    ~Node() override;
+
+  private:
+    void leaveCore();
+};
+
+/// A core that only groups its node's children.
+class OPENSG_EXPORT Group : public NodeCore
+{
+    OSG_CONTAINER(Group)
+};
+
+using GroupPtr = FCPtr<Group>;
+
+class OPENSG_EXPORT SwitchBase : public Group
+{
+  public:
+    /// Index of the chosen child, or one of Switch::AllChildren and Switch::NoChild.
+    OSG_FIELD(Group, 0, Choice, choice, Int32) = -1;
+    static constexpr UInt16 FieldEnd = Group::FieldEnd + 1;
+};
+
+/// A group that chooses one of its node's children, all of them or none.
+class OPENSG_EXPORT Switch : public SwitchBase
+{
+    OSG_CONTAINER(Switch)
+
+  public:
+    static constexpr Int32 AllChildren = -1;
+    static constexpr Int32 NoChild = -2;
+};
+
+using SwitchPtr = FCPtr<Switch>;
+
+struct Action
+{
+    /// What a traverse callback wants next.
+    enum ResultE
+    {
+        Continue = 0,
+        Quit = 2
+    };
+};
+
+/// Visits a node and all below it, hidden ones too: a node before its children, the children from first to
+/// last. A null start node leads to no visit. The callback may change the children of the nodes that it sees.
+/// \return Quit if a callback returned it, which ends the walk at once; else Continue.
+OPENSG_EXPORT Action::ResultE traverse(NodePtr const& start,
+                                       std::function<Action::ResultE(NodePtr const&)> const& callback);
+
+} // namespace osg

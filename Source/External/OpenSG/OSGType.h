@@ -1,0 +1,71 @@
+/// \file
+/// Type records: what a container's class is called, what it derives from, and how a new one is made.
+#pragma once
+
+#include "OSGBase.h"
+#include "OpenSG_export.h"
+
+namespace osg
+{
+
+class FieldContainer;
+class FieldContainerPtr;
+
+/// A named type with an id of its own and a link to its parent type.
+class OPENSG_EXPORT TypeBase
+{
+  public:
+    TypeBase(char const* name, TypeBase const* parent);
+    TypeBase(TypeBase const&) = delete;
+    TypeBase& operator=(TypeBase const&) = delete;
+
+    UInt32 getId() const { return _id; }
+    char const* getName() const { return _name; }
+
+    /// Whether this type is `other` or derives from it, however far down.
+    bool isDerivedFrom(TypeBase const& other) const
+    {
+        TypeBase const* type = this;
+        while (type && type->_id != other._id)
+            type = type->_parent;
+        return type;
+    }
+
+  private:
+    UInt32 _id;
+    char const* _name;
+    TypeBase const* _parent;
+};
+
+/// The type record of a container class. There is one for each class, made when the library that defines the
+/// class is loaded; OSG_CONTAINER and OSG_CONTAINER_TYPE declare and define it.
+class OPENSG_EXPORT FieldContainerType : public TypeBase
+{
+  public:
+    /// \param makePrototype makes the container that all new ones are copied from; null for an abstract
+    /// class.
+    FieldContainerType(char const* name, FieldContainerType const* parent, UInt16 containerSize,
+                       FieldContainer* (*makePrototype)());
+    ~FieldContainerType();
+
+    /// The container that new ones are copied from, null for an abstract class. Writing its fields changes
+    /// the defaults of every container made afterwards.
+    FieldContainerPtr getPrototype() const;
+
+    /// A container with the prototype's field values and reference count 0; null without a prototype.
+    FieldContainerPtr createContainer() const;
+
+    /// The group under which a container keeps an attachment of this type. A type whose parent is abstract
+    /// opens a group, which the types derived from it share.
+    UInt32 getGroupId() const;
+
+    /// Size of a container in bytes.
+    UInt16 getContainerSize() const { return _containerSize; }
+
+  private:
+    FieldContainerType const* _parent;
+    FieldContainer* _prototype;
+    UInt16 _containerSize;
+};
+
+} // namespace osg
