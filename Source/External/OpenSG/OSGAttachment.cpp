@@ -18,9 +18,9 @@ AttachmentContainer::~AttachmentContainer()
 std::vector<AttachmentContainer::Entry>::const_iterator AttachmentContainer::find(UInt32 groupId,
                                                                                   UInt16 binding) const
 {
-    return std::find_if(_attachments.begin(), _attachments.end(), [=](Entry const& entry) {
-        return entry.groupId == groupId && entry.binding == binding;
-    });
+    return std::find_if(_attachments.begin(), _attachments.end(),
+                        [=](Entry const& entry)
+                        { return entry.groupId == groupId && entry.binding == binding; });
 }
 
 void AttachmentContainer::addAttachment(AttachmentPtr const& attachment, UInt16 binding)

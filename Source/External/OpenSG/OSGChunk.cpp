@@ -22,7 +22,8 @@ TextureChunk::~TextureChunk()
 void TextureChunk::setImage(ImagePtr const& newImage)
 {
     ImagePtr const next = newImage;
-    if (image != NullFC) {
+    if (image != NullFC)
+    {
         auto& parents = image->parents;
         auto const self = std::find(parents.begin(), parents.end(), FieldContainerPtr(this));
         if (self != parents.end())

@@ -25,8 +25,7 @@ thread_local bool FieldContainerPtr::_ignore_change = false;
 
 FieldContainerPtrBase::FieldContainerPtrBase(FieldContainer* container, UInt16 parentEPos)
     : _containerSize(container ? container->getType().getContainerSize() : UInt16(0)),
-      _parentEPos(parentEPos),
-      _container(container)
+      _parentEPos(parentEPos), _container(container)
 {
 }
 
@@ -36,9 +35,7 @@ TypeBase::TypeBase(char const* name, TypeBase const* parent) : _id(nextTypeId())
 
 FieldContainerType::FieldContainerType(char const* name, FieldContainerType const* parent,
                                        UInt16 containerSize, FieldContainer* (*makePrototype)())
-    : TypeBase(name, parent),
-      _parent(parent),
-      _prototype(makePrototype ? makePrototype() : nullptr),
+    : TypeBase(name, parent), _parent(parent), _prototype(makePrototype ? makePrototype() : nullptr),
       _containerSize(containerSize)
 {
 }

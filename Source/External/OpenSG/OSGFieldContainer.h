@@ -2,7 +2,10 @@
 /// Field containers: reference-counted objects with public fields.
 ///
 /// A container class takes a few lines. Its generated-style base declares the fields and their masks, the
-/// class itself has the operations: \code class BlendChunkBase : public StateChunk
+/// class itself has the operations:
+///
+/// \code
+/// class BlendChunkBase : public StateChunk
 /// {
 ///   public:
 ///     OSG_FIELD(StateChunk, 0, SrcFactor, srcFactor, UInt32) = 1;
@@ -19,6 +22,7 @@
 /// \endcode
 ///
 /// A host makes, edits and drops containers like this:
+///
 /// \code
 /// osg::FCPtr<osg::BlendChunk> chunk = osg::create<osg::BlendChunk>(); // count 0
 /// osg::addRef(chunk);

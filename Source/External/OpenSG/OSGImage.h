@@ -41,13 +41,11 @@ class OPENSG_EXPORT Image : public ImageBase
     /// \param depth,mipmapCount,frameCount,sideCount  1: one plain picture
     /// \param frameDelay  0.0
     /// \param data  with `allocate`, bytes to copy, or null to leave the image's own bytes as they come;
-    /// without,
-    ///     bytes that the image uses in place, which the caller keeps alive and lets it write to
+    ///     without, bytes that the image uses in place, which the caller keeps alive and lets it write to
     /// \param dataType  TypeUInt8
     /// \param allocate  whether the image has bytes of its own
     /// \return whether the image has bytes; for a format, type or extent other than those above it has size 0
-    /// by 0
-    ///     and none
+    ///     by 0 and none
     /// \throw std::bad_alloc, std::length_error if the bytes can't be had; the image is then as before
     bool set(UInt32 pixelFormat, Int32 newWidth, Int32 newHeight, Int32 depth, Int32 mipmapCount,
              Int32 frameCount, double frameDelay, UInt8 const* data, Int32 dataType, bool allocate,

@@ -19,7 +19,8 @@ void MaterialPool::initOverlayRoot()
     markChanged(root, AllFieldsMask);
     setRefdCP(overlayRoot, root);
     markChanged(MaterialPoolPtr(this), OverlayRootFieldMask);
-    if (!getParents().empty()) {
+    if (!getParents().empty())
+    {
         NodePtr const poolNode = getParents().front();
         poolNode->addChild(root);
         markChanged(poolNode, Node::ChildrenFieldMask);

@@ -12,7 +12,8 @@ OSG_CONTAINER_TYPE(Switch, Group);
 
 Node::~Node()
 {
-    for (NodePtr const& child : children) {
+    for (NodePtr const& child : children)
+    {
         if (child->parent.get() == this)
             child->parent = NullFC;
         subRef(child);
@@ -74,7 +75,8 @@ Action::ResultE traverse(NodePtr const& start, std::function<Action::ResultE(Nod
         return Action::Continue;
     if (callback(start) == Action::Quit)
         return Action::Quit;
-    for (std::size_t i = 0; i < start->children.size(); ++i) {
+    for (std::size_t i = 0; i < start->children.size(); ++i)
+    {
         NodePtr const child = start->children[i];
         if (traverse(child, callback) == Action::Quit)
             return Action::Quit;

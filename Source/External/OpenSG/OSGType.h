@@ -43,7 +43,7 @@ class OPENSG_EXPORT FieldContainerType : public TypeBase
 {
   public:
     /// \param makePrototype makes the container that all new ones are copied from; null for an abstract
-    /// class.
+    ///     class.
     FieldContainerType(char const* name, FieldContainerType const* parent, UInt16 containerSize,
                        FieldContainer* (*makePrototype)());
     ~FieldContainerType();

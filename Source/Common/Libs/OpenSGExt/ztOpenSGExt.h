@@ -15,8 +15,7 @@ namespace ztOpenSGExt
 /// `pixelsToClip` (mat4); the fragment stage samples `image` (sampler2D) and writes `color`.
 ///
 /// \param straightAlpha  the image holds colour not multiplied by alpha; otherwise the shader divides colour
-/// by
-///     alpha, and alpha 0 gives 0
+///     by alpha, and alpha 0 gives 0
 /// \param opaque  alpha is drawn as 1
 /// \return a new chunk, owned by whoever counts it first
 ZTOPENSGEXT_EXPORT osg::StateChunkPtr createBackplateShader(bool straightAlpha, bool opaque);

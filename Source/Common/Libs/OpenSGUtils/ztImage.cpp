@@ -57,7 +57,8 @@ Taps tapsOf(int pixel, int newSize, int sourceSize, ztImageGenericFilter const& 
 
     std::vector<double> weights;
     double sum = 0.0;
-    for (int i = first; i <= last; ++i) {
+    for (int i = first; i <= last; ++i)
+    {
         weights.push_back(filter.filter((i - centre) / widening));
         sum += weights.back();
     }
@@ -83,7 +84,8 @@ std::vector<Taps> allTaps(int newSize, int sourceSize, ztImageGenericFilter cons
 void sumRows(osg::Image& source, Taps const& taps, std::vector<float>& sums)
 {
     std::fill(sums.begin(), sums.end(), 0.0f);
-    for (std::size_t tap = 0; tap < taps.weights.size(); ++tap) {
+    for (std::size_t tap = 0; tap < taps.weights.size(); ++tap)
+    {
         UInt8 const* const row = rowOf(source, taps.first + int(tap));
         float const weight = taps.weights[tap];
         for (std::size_t i = 0; i < sums.size(); ++i)
@@ -93,7 +95,8 @@ void sumRows(osg::Image& source, Taps const& taps, std::vector<float>& sums)
 
 void resampleRow(std::vector<float> const& sums, std::vector<Taps> const& columns, UInt8* row)
 {
-    for (Taps const& taps : columns) {
+    for (Taps const& taps : columns)
+    {
         float pixel[channels] = {};
         float const* sample = sums.data() + std::size_t(taps.first) * channels;
         for (float weight : taps.weights)
@@ -138,7 +141,8 @@ Modulation modulationOf(osg::Color4f const& color, float opacity, float additive
 
 void blendModulatedRow(UInt8* target, UInt8 const* source, std::size_t pixels, Modulation const& modulation)
 {
-    for (std::size_t i = 0; i < pixels; ++i, target += channels, source += channels) {
+    for (std::size_t i = 0; i < pixels; ++i, target += channels, source += channels)
+    {
         double const uncovered = 1.0 - modulation.coverage * source[3] / 255.0;
         for (int c = 0; c < channels; ++c)
             target[c] = toChannel(source[c] * modulation.factors[c] + target[c] * uncovered);
@@ -169,11 +173,13 @@ bool scale(osg::ImagePtr const& source, int width, int height, osg::ImagePtr& de
         return false;
     bool const possible = hasBytes(source) && isPossible(width, height);
     std::vector<UInt8> bytes;
-    if (possible) {
+    if (possible)
+    {
         std::vector<Taps> const columns = allTaps(width, source->width, filter);
         std::vector<float> sums(std::size_t(source->width) * channels);
         bytes.resize(std::size_t(width) * std::size_t(height) * channels);
-        for (int row = 0; row < height; ++row) {
+        for (int row = 0; row < height; ++row)
+        {
             sumRows(*source, tapsOf(row, height, source->height, filter), sums);
             resampleRow(sums, columns, bytes.data() + std::size_t(row) * std::size_t(width) * channels);
         }
@@ -196,7 +202,8 @@ bool blendImage(osg::ImagePtr const& target, osg::ImagePtr const& source, osg::V
 
     UInt8 const* sourceBytes = source->pixelBuffer();
     std::vector<UInt8> copy;
-    if (sourceBytes == target->pixelBuffer()) {
+    if (sourceBytes == target->pixelBuffer())
+    {
         copy.assign(sourceBytes,
                     sourceBytes + std::size_t(source->width) * std::size_t(source->height) * channels);
         sourceBytes = copy.data();
@@ -204,7 +211,8 @@ bool blendImage(osg::ImagePtr const& target, osg::ImagePtr const& source, osg::V
     bool const asItIs = color.r == 1.0f && color.g == 1.0f && color.b == 1.0f && color.a == 1.0f &&
                         opacity == 1.0f && additive == 0.0f;
     Modulation const modulation = modulationOf(color, opacity, additive);
-    for (std::size_t row = 0; row < y.length; ++row) {
+    for (std::size_t row = 0; row < y.length; ++row)
+    {
         UInt8* const targetRow = rowOf(*target, int(y.target + row)) + x.target * channels;
         UInt8 const* const sourceRow =
             sourceBytes + ((y.source + row) * std::size_t(source->width) + x.source) * channels;

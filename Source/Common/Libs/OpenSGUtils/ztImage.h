@@ -19,12 +19,10 @@ namespace ztImage
 /// \param source  unchanged, unless it is the destination
 /// \param width,height  the new size in pixels
 /// \param destination  a container of the caller's, may be the source; it has bytes of its own afterwards and
-/// is
-///     marked with all fields
+///     is marked with all fields
 /// \return whether the destination has bytes; it is 0 by 0 if `source` is null or has none, if the new size
-/// is 0 or
-///     below, has a side of more than 2^24 pixels, or takes more than 2 GiB. A null destination: nothing
-///     happens.
+///     is 0 or below, has a side of more than 2^24 pixels, or takes more than 2 GiB. A null destination:
+///     nothing happens.
 ZTOPENSGUTILS_EXPORT bool scale(osg::ImagePtr const& source, int width, int height,
                                 osg::ImagePtr& destination, ztImageGenericFilter const& filter);
 
@@ -34,15 +32,13 @@ ZTOPENSGUTILS_EXPORT bool scale(osg::ImagePtr const& source, int width, int heig
 /// \param target  marked with its `pixels` field if any of its pixels lies under the source
 /// \param source  of any size, may be the target; what lies outside the target is left out
 /// \param position  where the first pixel of the source's bytes comes to lie, in pixels of the target; x and
-/// y are
-///     truncated towards zero, z isn't read
+///     y are truncated towards zero, z isn't read
 /// \param color  multiplies the source as a colour that isn't premultiplied; (1, 1, 1, 1) leaves it as it is
 /// \param opacity  multiplies all four channels of the source; 1.0 leaves it as it is
 /// \param additive  how far the source adds light instead of covering the target: source alpha × (1 −
-/// `additive`) is
-///     what covers; 0.0 blends over, 1.0 adds
+///     `additive`) is what covers; 0.0 blends over, 1.0 adds
 /// \return whether any pixel of the target lies under the source; false too if one of the two is null or has
-/// no bytes
+///     no bytes
 ZTOPENSGUTILS_EXPORT bool blendImage(osg::ImagePtr const& target, osg::ImagePtr const& source,
                                      osg::Vector<float, 3u> position, osg::Color4<float> color, float opacity,
                                      float additive);

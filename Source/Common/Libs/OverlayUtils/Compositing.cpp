@@ -86,7 +86,8 @@ void blendOverlaysOntoImage(std::vector<OverlayPtr> const& overlays, ImagePtr co
 
     if (viewport == osg::NullFC)
         return;
-    for (OverlayPtr const& overlay : overlays) {
+    for (OverlayPtr const& overlay : overlays)
+    {
         int const viewportWidth = viewport->getPixelWidth();
         int const viewportHeight = viewport->getPixelHeight();
         updateOverlay(overlay, viewportWidth, viewportHeight);

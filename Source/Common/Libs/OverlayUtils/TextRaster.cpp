@@ -51,10 +51,12 @@ QColor toColor(osg::Color3f const& color, osg::Color3f const& transparency)
 LaidOutText layOut(QString const& text, QFont const& font)
 {
     LaidOutText result;
-    for (QString const& line : text.split(QChar(u'\n'), Qt::KeepEmptyParts, Qt::CaseSensitive)) {
+    for (QString const& line : text.split(QChar(u'\n'), Qt::KeepEmptyParts, Qt::CaseSensitive))
+    {
         auto layout = std::make_unique<QTextLayout>(line, font, nullptr);
         layout->beginLayout();
-        for (QTextLine part = layout->createLine(); part.isValid(); part = layout->createLine()) {
+        for (QTextLine part = layout->createLine(); part.isValid(); part = layout->createLine())
+        {
             part.setLeadingIncluded(true);
             part.setLineWidth(std::numeric_limits<double>::max());
             part.setPosition(QPointF(0.0, result.height));
@@ -88,7 +90,8 @@ QImage paint(LaidOutText const& text, QColor const& color, QColor const& backgro
 /// Words of alpha, red, green, blue, the highest byte first, to bytes of red, green, blue, alpha.
 void copyRow(QRgb const* source, osg::UInt8* destination, int pixels)
 {
-    for (int i = 0; i < pixels; ++i) {
+    for (int i = 0; i < pixels; ++i)
+    {
         QRgb const word = source[i];
         destination[4 * i + 0] = osg::UInt8(word >> 16);
         destination[4 * i + 1] = osg::UInt8(word >> 8);
@@ -124,7 +127,8 @@ bool renderText(osg::Overlay const& overlay, int viewportHeight, osg::ImagePtr c
 
     int targetHeight = 0;
     int pointSize = truncate(overlay.size);
-    if (overlay.sizeMode != osg::Overlay::SizeAbsolute) {
+    if (overlay.sizeMode != osg::Overlay::SizeAbsolute)
+    {
         int const lineCount = text.count(QChar(u'\n'), Qt::CaseSensitive) + 1;
         targetHeight = relativePixelHeight(viewportHeight, overlay.size);
         pointSize = truncate(double(targetHeight) / ztPlatform::getDpiScaleY() / double(lineCount));

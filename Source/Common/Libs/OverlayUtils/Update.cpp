@@ -14,7 +14,8 @@ namespace
 ImagePtr syncImageToDrawInto(OverlayPtr const& overlay)
 {
     ImagePtr image = syncImage(overlay);
-    if (image == osg::NullFC && overlay->contentType == osg::Overlay::ContentText) {
+    if (image == osg::NullFC && overlay->contentType == osg::Overlay::ContentText)
+    {
         image = createBlankImage();
         setImage(overlay->foreground, image);
     }
@@ -36,7 +37,8 @@ void updateOverlayImage(OverlayPtr const& overlay, int viewportWidth, int viewpo
     if (overlay->foreground == osg::NullFC)
         initOverlay(overlay);
     ImagePtr const image = syncImageToDrawInto(overlay);
-    if (overlay->contentType == osg::Overlay::ContentText && !renderText(*overlay, viewportHeight, image)) {
+    if (overlay->contentType == osg::Overlay::ContentText && !renderText(*overlay, viewportHeight, image))
+    {
         clearImage(image);
         return;
     }
@@ -77,10 +79,12 @@ void updateOverlay(osg::NodePtr const& node, ViewportPtr const& viewport)
 
 void updateAllOverlays(ViewportPtr const& viewport)
 {
-    osg::traverse(getOverlayPoolRoot(), [&viewport](osg::NodePtr const& node) {
-        updateOverlay(node, viewport);
-        return osg::Action::Continue;
-    });
+    osg::traverse(getOverlayPoolRoot(),
+                  [&viewport](osg::NodePtr const& node)
+                  {
+                      updateOverlay(node, viewport);
+                      return osg::Action::Continue;
+                  });
 }
 
 } // namespace ztOverlays

@@ -20,7 +20,8 @@ float correctionFactor(osg::CameraPtr const& camera)
 osg::TileCameraDecoratorPtr findTile(osg::CameraPtr const& camera)
 {
     auto decorator = osg::dynamicCast<osg::CameraDecorator>(camera);
-    while (decorator != osg::NullFC) {
+    while (decorator != osg::NullFC)
+    {
         auto const tile = osg::dynamicCast<osg::TileCameraDecorator>(decorator);
         if (tile != osg::NullFC)
             return tile;
