@@ -3,10 +3,15 @@
 /// and that can be stamped onto an image.
 ///
 /// An overlay is a node with an osg::Overlay core under the scene's pool root. The host writes the core's
-/// fields and marks what it wrote; the library renders, places, shows and composites. \code osg::NodePtr node
-/// = ztOverlays::createOverlay(ztOverlays::getOverlayPoolRoot()); osg::OverlayPtr label =
-/// osg::dynamicCast<osg::Overlay>(node->core); label->text = "Frame 12"; osg::markChanged(label,
-/// osg::OverlayBase::TextFieldMask); ztOverlays::updateAllOverlays(viewport); \endcode
+/// fields and marks what it wrote; the library renders, places, shows and composites.
+///
+/// \code
+/// osg::NodePtr node = ztOverlays::createOverlay(ztOverlays::getOverlayPoolRoot());
+/// osg::OverlayPtr label = osg::dynamicCast<osg::Overlay>(node->core);
+/// label->text = "Frame 12";
+/// osg::markChanged(label, osg::OverlayBase::TextFieldMask);
+/// ztOverlays::updateAllOverlays(viewport);
+/// \endcode
 ///
 /// Sizes and coordinates are pixels of the target, which is a viewport or an image, y up from the lower edge.
 /// Pointers in arguments and results are borrowed. Nothing here reports an error: a null argument, a node
