@@ -69,9 +69,18 @@ LaidOutText layOut(QString const& text, QFont const& font)
     return result;
 }
 
-/// A null image where one of the sizes is below one pixel or Qt can't allocate it.
+/// Qt's scaler computes with 32-bit offsets: beyond 2 GiB it isn't to be trusted with an image.
+bool isPossible(double width, double height)
+{
+    return width * height * 4.0 <= double(std::numeric_limits<int>::max());
+}
+
+/// A null image where one of the sizes is below one pixel, or it takes more than 2 GiB, or Qt can't allocate
+/// it.
 QImage paint(LaidOutText const& text, QColor const& color, QColor const& background)
 {
+    if (!isPossible(text.width, text.height))
+        return {};
     QImage image(truncate(text.width), truncate(text.height), QImage::Format_ARGB32_Premultiplied);
     if (image.isNull())
         return image;
@@ -85,6 +94,14 @@ QImage paint(LaidOutText const& text, QColor const& color, QColor const& backgro
         layout->draw(&painter, QPointF(0.0, 0.0), {}, QRectF());
     painter.end();
     return image;
+}
+
+/// A null image where that of the new height takes more than 2 GiB.
+QImage scaledToHeight(QImage const& image, int height)
+{
+    if (image.isNull() || !isPossible(double(image.width()) * height / image.height(), height))
+        return {};
+    return image.scaledToHeight(height, Qt::SmoothTransformation);
 }
 
 /// Words of alpha, red, green, blue, the highest byte first, to bytes of red, green, blue, alpha.
@@ -137,8 +154,8 @@ bool renderText(osg::Overlay const& overlay, int viewportHeight, osg::ImagePtr c
         return false;
 
     QImage picture = paint(layOut(text, QFont(family, pointSize, -1, false)), color, background);
-    if (targetHeight != 0 && !picture.isNull())
-        picture = picture.scaledToHeight(targetHeight, Qt::SmoothTransformation);
+    if (targetHeight != 0)
+        picture = scaledToHeight(picture, targetHeight);
     transfer(picture, image);
     return true;
 }

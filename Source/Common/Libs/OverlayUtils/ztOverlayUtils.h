@@ -70,7 +70,8 @@ ZTOVERLAYUTILS_EXPORT osg::NodePtr duplicateOverlay(osg::NodePtr const& parent, 
 
 /// Renders a text overlay anew for a target of a size, clears `dirty`, and places the overlay. A picture
 /// needs no rendering and the rest happens. A text that has nothing to draw (no text, a font size below one
-/// point, no QGuiApplication) becomes blank, stays as dirty as it was and isn't placed. An overlay without a
+/// point, no QGuiApplication) becomes blank, stays as dirty as it was and isn't placed. A rendering that
+/// would take more than 2 GiB, or that Qt can't allocate, leaves an image of 0 by 0. An overlay without a
 /// foreground gets one.
 ZTOVERLAYUTILS_EXPORT void updateOverlayImage(OverlayPtr const& overlay, int viewportWidth,
                                               int viewportHeight);
