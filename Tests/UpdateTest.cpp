@@ -262,7 +262,7 @@ TEST_F(VisibleWalkTest, CallbackMayTakeChildrenAway)
 {
     osg::NodePtr const root = makeScene();
     for (char name : {'A', 'B', 'C'})
-        add(name, root);
+        hold(add(name, root));
     std::string seen;
     ztOverlays::traverseVisibleOverlays(
         [&](osg::OverlayPtr& overlay)

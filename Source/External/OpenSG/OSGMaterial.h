@@ -33,7 +33,9 @@ class OPENSG_EXPORT ChunkMaterial : public ChunkMaterialBase
     static constexpr Int32 AutoSlot = -2;
 
     /// Appends a chunk, counted. Nothing happens for a null chunk or a slot other than AutoSlot. Marks
-    /// nothing. \return whether the chunk was added
+    /// nothing.
+    ///
+    /// \return whether the chunk was added
     bool addChunk(StateChunkPtr const& chunk, Int32 slot);
 
   protected:

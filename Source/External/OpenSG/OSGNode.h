@@ -101,7 +101,8 @@ struct Action
 };
 
 /// Visits a node and all below it, hidden ones too: a node before its children, the children from first to
-/// last. A null start node leads to no visit. The callback may change the children of the nodes that it sees.
+/// last. A null start node leads to no visit. The callback may change the children of the nodes that it sees,
+/// but destroys none of these.
 /// \return Quit if a callback returned it, which ends the walk at once; else Continue.
 OPENSG_EXPORT Action::ResultE traverse(NodePtr const& start,
                                        std::function<Action::ResultE(NodePtr const&)> const& callback);

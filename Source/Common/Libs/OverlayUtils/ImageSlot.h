@@ -23,8 +23,10 @@ void clearImage(osg::ImagePtr const& image);
 osg::ImagePtr createBlankImage();
 
 /// Brings the slot in line with `contentType`: a picture stands in it, and a text never renders into the
-/// picture. The overlay has a foreground. \return the image in the slot, borrowed. Null for a picture that is
-/// null, and for a text that has an `image` and an empty slot.
+/// picture. The overlay has a foreground.
+///
+/// \return the image in the slot, borrowed. Null for a picture that is null, and for a text that has an `image`
+///     and an empty slot.
 osg::ImagePtr syncImage(osg::OverlayPtr const& overlay);
 
 /// Builds image, chunks, material and foreground of a core.

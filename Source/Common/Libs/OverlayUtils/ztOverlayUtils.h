@@ -126,7 +126,9 @@ ZTOVERLAYUTILS_EXPORT void updateVisibility(osg::NodePtr const& node);
 
 /// Calls the callback with each visible overlay of the current scene's pool: those whose `travMask` and that
 /// of all nodes up to the pool root is 0xFFFFFFFF. A node comes before its children, and the children from
-/// last to first. \throw std::bad_function_call if the callback is empty and there is a visible overlay
+/// last to first. The callback may change the children of the nodes that it sees, but destroys none of these.
+///
+/// \throw std::bad_function_call if the callback is empty and there is a visible overlay
 ZTOVERLAYUTILS_EXPORT void traverseVisibleOverlays(std::function<void(OverlayPtr&)> const& callback);
 
 /// Appends the visible overlays to the vector, in the order of traverseVisibleOverlays().
