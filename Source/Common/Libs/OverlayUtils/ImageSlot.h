@@ -25,8 +25,8 @@ osg::ImagePtr createBlankImage();
 /// Brings the slot in line with `contentType`: a picture stands in it, and a text never renders into the
 /// picture. The overlay has a foreground.
 ///
-/// \return the image in the slot, borrowed. Null for a picture that is null, and for a text that has an `image`
-///     and an empty slot.
+/// \return the image in the slot, borrowed. Null for a picture that is null, and for a text that has a
+///     picture beside an empty slot.
 osg::ImagePtr syncImage(osg::OverlayPtr const& overlay);
 
 /// Builds image, chunks, material and foreground of a core.
