@@ -1,6 +1,8 @@
 // What createOverlay and duplicateOverlay build, share and mark, and the place of the shown image.
 #include "TestSupport.h"
 
+#include "OSGDrawAction.h"
+
 namespace
 {
 
@@ -129,6 +131,31 @@ TEST_F(ConstructionTest, DuplicateOfABareCoreIsComplete)
     EXPECT_EQ(shownImage(copy), osg::NullFC);
     EXPECT_EQ(source->foreground, osg::NullFC);
     EXPECT_EQ(ztOverlays::duplicateOverlay(osg::NullFC, osg::NullFC), osg::NullFC);
+}
+
+TEST_F(ConstructionTest, ForegroundHandsItsPolygonToTheRenderer)
+{
+    struct Renderer : osg::DrawActionBase
+    {
+        void drawPolygon(osg::TexturedPolygon const& polygon, osg::Viewport& viewport) override
+        {
+            corner = polygon.positions.at(2);
+            texCoord = polygon.texCoords.at(2);
+            material = polygon.material;
+            shownOn = &viewport;
+        }
+        osg::Pnt2f corner;
+        osg::Vec3f texCoord;
+        osg::MaterialPtr material;
+        osg::Viewport* shownOn = nullptr;
+    } renderer;
+    osg::ForegroundPtr const foreground = makeOverlay()->foreground;
+    osg::ViewportPtr const viewport = makeViewport(10, 10);
+    foreground->draw(&renderer, viewport.get());
+    EXPECT_EQ(renderer.corner.y, 100);
+    EXPECT_EQ(renderer.texCoord.y, 1);
+    EXPECT_NE(osg::dynamicCast<osg::ChunkMaterial>(renderer.material), osg::NullFC);
+    EXPECT_EQ(renderer.shownOn, viewport.get());
 }
 
 // Placement brings the slot in line before it does anything else.

@@ -2,11 +2,23 @@
 /// The interface between foregrounds and a renderer.
 #pragma once
 
+#include "OSGMaterial.h"
+
 namespace osg
 {
 
-class PolygonForeground2;
 class Viewport;
+
+/// A convex polygon as a foreground hands it to a renderer, which borrows it for the call.
+struct TexturedPolygon
+{
+    /// The corners, in pixels of the size that the viewport's overlays are laid out for, y up.
+    std::vector<Pnt2f> const& positions;
+    /// A texture coordinate for each corner; (0, 0) is the first pixel of the image's bytes.
+    std::vector<Vec3f> const& texCoords;
+    /// May be null.
+    MaterialPtr const& material;
+};
 
 /// A renderer. Derive from it to draw foregrounds with any graphics library.
 class DrawActionBase
@@ -14,9 +26,8 @@ class DrawActionBase
   public:
     virtual ~DrawActionBase() = default;
 
-    /// Draws a textured polygon with its material into a viewport. Both outlive the call only as their owners
-    /// keep them; neither is changed.
-    virtual void drawPolygon(PolygonForeground2& polygon, Viewport& viewport) = 0;
+    /// Draws a polygon with its material into a viewport.
+    virtual void drawPolygon(TexturedPolygon const& polygon, Viewport& viewport) = 0;
 };
 
 } // namespace osg

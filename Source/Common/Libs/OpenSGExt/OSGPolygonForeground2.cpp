@@ -14,7 +14,7 @@ PolygonForeground2::~PolygonForeground2()
 
 void PolygonForeground2::draw(DrawActionBase* action, Viewport* viewport)
 {
-    action->drawPolygon(*this, *viewport);
+    action->drawPolygon({positions, texCoords, material}, *viewport);
 }
 
 } // namespace osg
