@@ -1,0 +1,46 @@
+/// \file
+/// Overlay files: overlays written down in JSON.
+///
+/// \code
+/// {"overlays": [{"text": "Frame {index}", "sizeMode": "relative", "size": 0.05, "anchor": [0.5, 0.98]},
+///               {"contentType": "image", "image": "logo.png", "size": 64}]}
+/// \endcode
+#pragma once
+
+#include "OSGOverlay.h"
+
+#include <QImage>
+#include <QString>
+
+#include <optional>
+#include <vector>
+
+namespace ztExamples
+{
+
+/// One element of "overlays", checked. What is empty isn't in the file: the library's default holds.
+struct OverlayEntry
+{
+    std::optional<std::string> name;
+    std::optional<bool> visible;
+    std::optional<osg::Int32> contentType;
+    /// With placeholders that expand().
+    std::optional<QString> text;
+    std::optional<std::string> font;
+    std::optional<osg::Color4f> textColor;
+    std::optional<osg::Color3f> backgroundColor;
+    std::optional<osg::Color3f> backgroundTransparency;
+    std::optional<osg::Int32> sizeMode;
+    std::optional<float> size;
+    std::optional<osg::Vec2f> anchor;
+    std::optional<osg::Vec2f> offset;
+    /// In the layout of an osg::Image, see toPixels().
+    std::optional<QImage> image;
+};
+
+/// The entries of an overlay file, with their pictures, whose paths are relative to the file.
+/// \throw std::runtime_error if the file or a picture can't be read or anything in it isn't as it should be;
+///     what() is a line that names file, key, value and what was expected
+std::vector<OverlayEntry> readOverlayFile(QString const& path);
+
+} // namespace ztExamples

@@ -1,0 +1,108 @@
+#include "Frame.h"
+
+#include "Picture.h"
+
+#include <QBuffer>
+#include <QFileInfo>
+#include <QImageWriter>
+#include <QSaveFile>
+
+#include <stdexcept>
+
+namespace ztExamples
+{
+
+namespace
+{
+
+constexpr int jpegQuality = 95;
+
+[[noreturn]] void fail(QString const& what, QString const& reason)
+{
+    throw std::runtime_error((what + ": " + reason).toStdString());
+}
+
+bool isJpeg(QByteArray const& format)
+{
+    return format == "jpg" || format == "jpeg";
+}
+
+bool hasAlpha(QByteArray const& format)
+{
+    static QByteArrayList const without = {"bmp", "pbm", "pgm", "ppm", "xbm"};
+    return !isJpeg(format) && !without.contains(format);
+}
+
+/// Premultiplying rounds, so what the overlays left alone takes its straight values from the original.
+void restoreUntouched(QImage& picture, QImage const& stamped, QImage const& original)
+{
+    QImage const before = allocated(original.convertToFormat(stamped.format()));
+    for (int y = 0; y < picture.height(); ++y)
+    {
+        auto const* const was = reinterpret_cast<QRgb const*>(before.constScanLine(y));
+        auto const* const is = reinterpret_cast<QRgb const*>(stamped.constScanLine(y));
+        auto const* const source = reinterpret_cast<QRgb const*>(original.constScanLine(y));
+        auto* const target = reinterpret_cast<QRgb*>(picture.scanLine(y));
+        for (int x = 0; x < picture.width(); ++x)
+            if (is[x] == was[x])
+                target[x] = source[x];
+    }
+}
+
+/// The picture to write.
+QImage compose(Frame frame, QByteArray const& format)
+{
+    QImage stamped = allocated(std::move(frame.pixels).mirrored());
+    if (!frame.original.isNull() && hasAlpha(format))
+    {
+        QImage picture = allocated(stamped.convertToFormat(QImage::Format_RGBA8888));
+        restoreUntouched(picture, stamped, frame.original);
+        return picture;
+    }
+    // Premultiplied colour taken as opaque is the picture over black.
+    stamped.reinterpretAsFormat(QImage::Format_RGBX8888);
+    return allocated(stamped.convertToFormat(QImage::Format_RGB888));
+}
+
+/// A write that the device cuts short gives no reason. Writing the rest does.
+bool writeAll(QIODevice& device, QByteArray bytes)
+{
+    qint64 written = 0;
+    while (!bytes.isEmpty() && (written = device.write(bytes)) > 0)
+        bytes.remove(0, int(written));
+    return bytes.isEmpty();
+}
+
+} // namespace
+
+Frame readFrame(QString const& path)
+try
+{
+    QImage const picture = readPicture(path);
+    if (!picture.hasAlphaChannel())
+        return {QImage(), toPixels(picture)};
+    QImage const original = allocated(picture.convertToFormat(QImage::Format_RGBA8888));
+    return {original, toPixels(original)};
+}
+catch (std::runtime_error const& error)
+{
+    fail("can't read it", QString::fromUtf8(error.what()));
+}
+
+void writeFrame(Frame frame, QString const& path)
+{
+    QString const what = "can't write \"" + path + "\"";
+    QByteArray const format = QFileInfo(path).suffix().toLower().toUtf8();
+    QBuffer bytes;
+    QImageWriter writer(&bytes, format);
+    if (isJpeg(format))
+        writer.setQuality(jpegQuality);
+    if (!writer.write(compose(std::move(frame), format)))
+        fail(what, writer.errorString());
+
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || !writeAll(file, bytes.data()) || !file.commit())
+        fail(what, file.errorString());
+}
+
+} // namespace ztExamples

@@ -1,0 +1,37 @@
+/// \file
+/// The command line.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace ztExamples
+{
+
+struct FramePaths
+{
+    QString input;
+    QString output;
+};
+
+struct Options
+{
+    QString overlayFile;
+    std::vector<FramePaths> frames;
+    /// To be made if it is missing; empty for a single output.
+    QString outputDir;
+    /// How many threads decode and encode.
+    int jobs = 1;
+    bool isQuiet = false;
+    /// Not empty: this is asked for, and nothing else.
+    QString information;
+};
+
+/// Sets the platform's DPI scale, too, if one is given.
+/// \param arguments  the program's name first
+/// \throw std::runtime_error for a usage error; what() is one line about it
+Options parseOptions(QStringList const& arguments);
+
+} // namespace ztExamples

@@ -1,0 +1,42 @@
+/// \file
+/// What the user is told.
+#pragma once
+
+#include "Options.h"
+
+#include <chrono>
+
+namespace ztExamples
+{
+
+/// A line on the standard error stream.
+void printError(QString const& message);
+
+/// Reports on the frames of a sequence as they come: a line each on the standard output stream, or a progress
+/// bar if there are several and the standard error stream is a terminal.
+class Report
+{
+  public:
+    Report(std::size_t frameCount, bool isQuiet);
+    Report(Report const&) = delete;
+    Report& operator=(Report const&) = delete;
+
+    void done(FramePaths const& frame);
+    void failed(FramePaths const& frame, QString const& reason);
+
+    /// Takes the bar away and counts the failures. \return whether there are none
+    bool finish();
+
+  private:
+    void showProgress();
+    void hideProgress() const;
+
+    std::size_t _frameCount;
+    std::size_t _reported = 0;
+    std::size_t _failed = 0;
+    bool _hasBar;
+    bool _hasLines;
+    std::chrono::steady_clock::time_point _start = std::chrono::steady_clock::now();
+};
+
+} // namespace ztExamples

@@ -1,0 +1,60 @@
+#include "Scene.h"
+
+#include "OSGMaterialPool.h"
+#include "OverlayNodes.h"
+#include "Picture.h"
+#include "ztOpenSGUtils.h"
+#include "ztOverlayUtils.h"
+
+namespace ztExamples
+{
+
+namespace
+{
+
+osg::NodePtr createNode(osg::NodeCorePtr const& core)
+{
+    auto const node = osg::create<osg::Node>();
+    node->setCore(core);
+    return node;
+}
+
+/// A root with a material pool, which the pool of overlays needs.
+osg::NodePtr createRoot()
+{
+    osg::NodePtr const root = createNode(osg::create<osg::Group>());
+    root->addChild(createNode(osg::create<osg::MaterialPool>()));
+    return root;
+}
+
+} // namespace
+
+Scene::Scene(std::vector<OverlayEntry> const& entries)
+{
+    ztOpenSGUtils::setRoot(createRoot());
+    osg::NodePtr const poolRoot = ztOverlays::getOverlayPoolRoot();
+    for (OverlayEntry const& entry : entries)
+    {
+        osg::NodePtr const node = createOverlayNode(poolRoot, entry);
+        if (entry.text)
+            _labels.push_back({osg::dynamicCast<osg::Overlay>(node->core), *entry.text});
+    }
+    ztOverlays::getAllVisibleOverlays(_visible);
+}
+
+Scene::~Scene()
+{
+    ztOpenSGUtils::setRoot(osg::NullFC);
+}
+
+void Scene::stamp(QImage& pixels, Placeholders const& values)
+{
+    for (auto const& [overlay, text] : _labels)
+        setText(overlay, expand(text, values)->toStdString());
+    osg::ImagePtr const image = createImageOver(pixels);
+    osg::addRef(image);
+    ztOverlays::blendOverlaysOntoImage(_visible, image, osg::NullFC);
+    osg::subRef(image);
+}
+
+} // namespace ztExamples
