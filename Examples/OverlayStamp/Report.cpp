@@ -1,5 +1,7 @@
 #include "Report.h"
 
+#include "ztNumeric.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -21,7 +23,7 @@ void printLine(std::FILE* stream, QString message)
 
 QString toClock(double seconds)
 {
-    int const whole = int(std::min(seconds, 359999.0));
+    int const whole = ztNumeric::truncate(std::min(seconds, 359999.0));
     return QString::asprintf("%d:%02d:%02d", whole / 3600, whole / 60 % 60, whole % 60);
 }
 
