@@ -11,6 +11,7 @@ namespace osg
 using UInt8 = std::uint8_t;
 using UInt16 = std::uint16_t;
 using UInt32 = std::uint32_t;
+using UInt64 = std::uint64_t;
 using Int32 = std::int32_t;
 
 /// A set of fields of one container, one bit a field.

@@ -63,7 +63,12 @@ class OPENSG_EXPORT TileCameraDecoratorBase : public CameraDecorator
     /// Size in pixels of the whole image that the tile is part of.
     OSG_FIELD(CameraDecorator, 0, FullWidth, fullWidth, Int32) = 0;
     OSG_FIELD(CameraDecorator, 1, FullHeight, fullHeight, Int32) = 0;
-    static constexpr UInt16 FieldEnd = CameraDecorator::FieldEnd + 2;
+    /// The tile's edges as fractions of the whole image, from its left and lower edges.
+    OSG_FIELD(CameraDecorator, 2, Left, left, float) = 0.0f;
+    OSG_FIELD(CameraDecorator, 3, Right, right, float) = 1.0f;
+    OSG_FIELD(CameraDecorator, 4, Bottom, bottom, float) = 0.0f;
+    OSG_FIELD(CameraDecorator, 5, Top, top, float) = 1.0f;
+    static constexpr UInt16 FieldEnd = CameraDecorator::FieldEnd + 6;
 };
 
 /// One tile of an image.

@@ -1,6 +1,7 @@
 #include "OSGChunk.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace osg
 {
@@ -9,6 +10,29 @@ OSG_ABSTRACT_CONTAINER_TYPE(StateChunk, FieldContainer);
 OSG_CONTAINER_TYPE(TextureChunk, StateChunk);
 OSG_CONTAINER_TYPE(BlendChunk, StateChunk);
 OSG_CONTAINER_TYPE(ShaderChunk, StateChunk);
+
+namespace
+{
+std::atomic<UInt64> numEnded{0};
+}
+
+StateChunk::~StateChunk()
+{
+    if (_life)
+        ++numEnded;
+}
+
+std::weak_ptr<void const> StateChunk::getLife() const
+{
+    if (!_life)
+        _life = std::make_shared<char>();
+    return _life;
+}
+
+UInt64 StateChunk::getNumEnded()
+{
+    return numEnded;
+}
 
 TextureChunk::~TextureChunk()
 {
@@ -34,6 +58,13 @@ void TextureChunk::setImage(ImagePtr const& newImage)
     image = next;
     if (image != NullFC)
         image->parents.push_back(FieldContainerPtr(this, ImageFieldId));
+}
+
+void TextureChunk::changed(BitVector mask, UInt32 origin)
+{
+    TextureChunkBase::changed(mask, origin);
+    if (mask & ImageFieldMask)
+        ++_imageRevision;
 }
 
 } // namespace osg

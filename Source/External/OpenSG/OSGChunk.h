@@ -4,6 +4,7 @@
 
 #include "OSGImage.h"
 
+#include <memory>
 #include <string>
 
 namespace osg
@@ -13,6 +14,19 @@ namespace osg
 class OPENSG_EXPORT StateChunk : public FieldContainer
 {
     OSG_ABSTRACT_CONTAINER(StateChunk)
+
+  public:
+    /// Expires when the chunk is destroyed: for renderers, which keep objects of their own for it.
+    std::weak_ptr<void const> getLife() const;
+
+    /// Grows when a chunk is destroyed whose life a renderer has asked for.
+    static UInt64 getNumEnded();
+
+  protected:
+    ~StateChunk() override;
+
+  private:
+    mutable NotCopied<std::shared_ptr<void const>> _life;
 };
 
 using StateChunkPtr = FCPtr<StateChunk>;
@@ -41,8 +55,16 @@ class OPENSG_EXPORT TextureChunk : public TextureChunkBase
     /// image that it has, the count stays and the chunk's entry moves to the end. Marks nothing.
     void setImage(ImagePtr const& newImage);
 
+    /// Grows with each change of the image that is announced: another one, or other pixels.
+    UInt64 getImageRevision() const { return _imageRevision; }
+
+    void changed(BitVector mask, UInt32 origin) override;
+
   protected:
     ~TextureChunk() override;
+
+  private:
+    UInt64 _imageRevision = 0;
 };
 
 using TextureChunkPtr = FCPtr<TextureChunk>;

@@ -1,5 +1,7 @@
 #include "OSGViewport.h"
 
+#include <cmath>
+
 namespace osg
 {
 
@@ -8,6 +10,46 @@ OSG_CONTAINER_TYPE(Viewport, FieldContainer);
 Viewport::~Viewport()
 {
     subRef(camera);
+}
+
+namespace
+{
+
+float correctionFactor(CameraPtr const& camera)
+{
+    auto const stereo = dynamicCast<ShearedStereoCameraDecorator>(camera);
+    auto const perspective =
+        stereo != NullFC ? dynamicCast<PerspectiveCamera>(stereo->decoratee) : PerspectiveCameraPtr();
+    return perspective != NullFC ? perspective->aspect : 1.0f;
+}
+
+TileCameraDecoratorPtr findTile(CameraPtr const& camera)
+{
+    auto const decorator = dynamicCast<CameraDecorator>(camera);
+    auto const tile = dynamicCast<TileCameraDecorator>(decorator);
+    return tile != NullFC || decorator == NullFC ? tile : findTile(decorator->decoratee);
+}
+
+} // namespace
+
+LayoutArea Viewport::getLayoutArea()
+{
+    if (auto const tile = findTile(camera); tile != NullFC)
+    {
+        float const width = float(tile->fullWidth), height = float(tile->fullHeight);
+        return {tile->left * width, tile->bottom * height, tile->right * width, tile->top * height};
+    }
+    float const factor = correctionFactor(camera);
+    float const width = float(getPixelWidth()), height = float(getPixelHeight());
+    return {0.0f, 0.0f, factor > 1.0f ? std::trunc(factor * width) : width,
+            factor < 1.0f ? std::trunc(height / factor) : height};
+}
+
+void Viewport::render(DrawActionBase* action)
+{
+    for (ForegroundPtr const& foreground : foregrounds)
+        if (foreground->active)
+            foreground->draw(action, this);
 }
 
 } // namespace osg

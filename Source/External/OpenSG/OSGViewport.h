@@ -19,7 +19,16 @@ class OPENSG_EXPORT ViewportBase : public FieldContainer
     /// Size in pixels.
     OSG_FIELD(FieldContainer, 2, PixelWidth, pixelWidth, Int32) = 0;
     OSG_FIELD(FieldContainer, 3, PixelHeight, pixelHeight, Int32) = 0;
-    static constexpr UInt16 FieldEnd = FieldContainer::FieldEnd + 4;
+    /// The lower left corner, in pixels of the window or image.
+    OSG_FIELD(FieldContainer, 4, PixelLeft, pixelLeft, Int32) = 0;
+    OSG_FIELD(FieldContainer, 5, PixelBottom, pixelBottom, Int32) = 0;
+    static constexpr UInt16 FieldEnd = FieldContainer::FieldEnd + 6;
+};
+
+/// A part of a layout, in its pixels.
+struct LayoutArea
+{
+    float left, bottom, right, top;
 };
 
 /// A part of a window, or of an image, that shows a scene through a camera.
@@ -30,6 +39,17 @@ class OPENSG_EXPORT Viewport : public ViewportBase
   public:
     virtual Int32 getPixelWidth() { return pixelWidth; }
     virtual Int32 getPixelHeight() { return pixelHeight; }
+
+    /// The part of the layout of foregrounds that fills the viewport.
+    ///
+    /// It is the tile of the first TileCameraDecorator among the camera decorators. Without one it is the
+    /// whole layout, as large as the viewport; a sheared stereo decorator directly over a perspective camera
+    /// makes it wider by the camera's `aspect` if that is above 1 and higher by its inverse if it is below,
+    /// cut to whole pixels.
+    LayoutArea getLayoutArea();
+
+    /// Draws the active foregrounds in list order. The action must not be null.
+    void render(DrawActionBase* action);
 
   protected:
     ~Viewport() override;

@@ -1,5 +1,7 @@
 #include "ztNodeUtils.h"
 
+#include "OSGNodeUtils.h"
+
 #include <algorithm>
 
 namespace ztNodeUtils
@@ -30,6 +32,13 @@ bool hasInActiveParent(osg::NodePtr const& node)
         if (child->parent != osg::NullFC && isInactiveFor(*child->parent, child))
             return true;
     return false;
+}
+
+char const* getName(osg::NodePtr const& node)
+{
+    static std::string const empty;
+    char const* const name = osg::NodeUtils::getName(node);
+    return name ? name : empty.c_str();
 }
 
 void reverseChildOrder(osg::NodePtr const& node)

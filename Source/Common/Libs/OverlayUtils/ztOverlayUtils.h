@@ -65,6 +65,20 @@ ZTOVERLAYUTILS_EXPORT osg::NodePtr createOverlay(osg::NodePtr const& parent);
 ZTOVERLAYUTILS_EXPORT osg::NodePtr duplicateOverlay(osg::NodePtr const& parent, OverlayPtr const& source);
 
 /// \}
+/// \name Lookup
+///
+/// Both search the current scene's pool, hidden nodes and nodes that are no overlays too, in the order of
+/// osg::traverse(), and compare names as ztNodeUtils::getName() gives them byte by byte: the node's own, else
+/// its core's, else that of the core's type. The name must not be null.
+/// \{
+
+/// The first node of a name, or null.
+ZTOVERLAYUTILS_EXPORT osg::NodePtr findOverlay(char const* name);
+
+/// All nodes of a name.
+ZTOVERLAYUTILS_EXPORT std::vector<osg::NodePtr> findOverlays(char const* name);
+
+/// \}
 /// \name Rendering
 /// \{
 
@@ -133,6 +147,24 @@ ZTOVERLAYUTILS_EXPORT void traverseVisibleOverlays(std::function<void(OverlayPtr
 
 /// Appends the visible overlays to the vector, in the order of traverseVisibleOverlays().
 ZTOVERLAYUTILS_EXPORT void getAllVisibleOverlays(std::vector<OverlayPtr>& overlays);
+
+/// \}
+/// \name Viewport
+/// \{
+
+/// Puts the foregrounds of the visible overlays at the front of the viewport's `foregrounds`, in the order of
+/// traverseVisibleOverlays(), whether they are there already or not. The entries hold no references. Marks
+/// the list, even if no overlay is visible; nothing happens if the pool has no nodes at all or the viewport
+/// is null. The cost is linear in overlays plus entries.
+ZTOVERLAYUTILS_EXPORT void addOverlays(ViewportPtr& viewport);
+
+/// Takes the first entry of each visible overlay's foreground out of the viewport's `foregrounds`; an overlay
+/// that has become hidden since keeps its entry. Marks and costs as addOverlays().
+ZTOVERLAYUTILS_EXPORT void removeOverlays(ViewportPtr& viewport);
+
+/// Draws the foregrounds of the visible overlays, active or not, in the order of traverseVisibleOverlays().
+/// Neither pointer may be null.
+ZTOVERLAYUTILS_EXPORT void drawOverlays(osg::DrawActionBase* action, osg::Viewport* viewport);
 
 /// \}
 /// \name Image
