@@ -9,8 +9,8 @@ list(TRANSFORM exported REPLACE " [A-Za-z] ztOverlays::" "")
 list(SORT exported)
 
 file(READ ${HEADER} header)
-string(REGEX MATCHALL "ZTOVERLAYUTILS_EXPORT [A-Za-z:]+ [A-Za-z]+\\(" declared "${header}")
-list(TRANSFORM declared REPLACE "ZTOVERLAYUTILS_EXPORT [A-Za-z:]+ ([A-Za-z]+)\\(" "\\1")
+string(REGEX MATCHALL "ZTOVERLAYUTILS_EXPORT [A-Za-z:<>]+ [A-Za-z]+\\(" declared "${header}")
+list(TRANSFORM declared REPLACE "ZTOVERLAYUTILS_EXPORT [A-Za-z:<>]+ ([A-Za-z]+)\\(" "\\1")
 list(SORT declared)
 
 if(NOT declared OR NOT exported STREQUAL declared)
