@@ -48,7 +48,7 @@ LayoutArea Viewport::getLayoutArea()
 void Viewport::render(DrawActionBase* action)
 {
     for (ForegroundPtr const& foreground : foregrounds)
-        if (foreground->active)
+        if (foreground != NullFC && foreground->active)
             foreground->draw(action, this);
 }
 

@@ -48,7 +48,7 @@ class OPENSG_EXPORT Viewport : public ViewportBase
     /// cut to whole pixels.
     LayoutArea getLayoutArea();
 
-    /// Draws the active foregrounds in list order. The action must not be null.
+    /// Draws the active foregrounds in list order; null entries are passed over. The action must not be null.
     void render(DrawActionBase* action);
 
   protected:

@@ -40,8 +40,10 @@ void removeOverlays(ViewportPtr& viewport)
     if (!hasOverlays() || viewport == osg::NullFC)
         return;
     // How many entries of each foreground are still to go: as many as the walk visits it, the first ones.
+    std::vector<osg::ForegroundPtr> const removed = visibleForegrounds();
     std::unordered_map<osg::FieldContainer*, std::size_t> toRemove;
-    for (osg::ForegroundPtr const& foreground : visibleForegrounds())
+    toRemove.reserve(removed.size());
+    for (osg::ForegroundPtr const& foreground : removed)
         ++toRemove[foreground.get()];
     auto const isToGo = [&toRemove](osg::ForegroundPtr const& entry)
     {

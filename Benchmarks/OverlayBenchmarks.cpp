@@ -1,0 +1,126 @@
+// What operations on many overlays cost. Behind the times stands, for each operation, how much more ten times
+// the overlays cost.
+#include "OSGMaterialPool.h"
+#include "ztOpenSGUtils.h"
+#include "ztOverlayUtils.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+
+namespace
+{
+
+constexpr int decades[] = {100, 1000, 10000, 100000};
+
+/// A scene of visible overlays that is the current one, with a viewport whose list holds as many other
+/// entries.
+class Scene
+{
+  public:
+    explicit Scene(std::int64_t overlays)
+    {
+        osg::NodePtr const root = osg::create<osg::Node>();
+        root->setCore(osg::create<osg::MaterialPool>());
+        ztOpenSGUtils::setRoot(root);
+        osg::NodePtr const poolRoot = ztOverlays::getOverlayPoolRoot();
+        osg::addRef(viewport);
+        viewport->pixelWidth = 1920;
+        viewport->pixelHeight = 1080;
+        for (std::int64_t i = 0; i < overlays; ++i)
+        {
+            auto const overlay = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(poolRoot)->core);
+            overlay->dirty = false;
+            overlay->anchor = {0.5f, float(i) / float(overlays)};
+            viewport->foregrounds.push_back(viewport->foregrounds.empty() ? overlay->foreground
+                                                                          : viewport->foregrounds.front());
+        }
+        ztOverlays::updateAllOverlays(viewport);
+    }
+
+    ~Scene()
+    {
+        osg::subRef(viewport);
+        ztOpenSGUtils::setRoot(osg::NullFC);
+    }
+
+    osg::ViewportPtr viewport = osg::create<osg::Viewport>();
+};
+
+void addAndRemove(benchmark::State& state)
+{
+    Scene scene(state.range(0));
+    for (auto _ : state)
+    {
+        ztOverlays::addOverlays(scene.viewport);
+        ztOverlays::removeOverlays(scene.viewport);
+    }
+}
+
+void quietFrame(benchmark::State& state)
+{
+    Scene const scene(state.range(0));
+    for (auto _ : state)
+        ztOverlays::updateAllOverlays(scene.viewport);
+}
+
+void visibleWalk(benchmark::State& state)
+{
+    Scene const scene(state.range(0));
+    std::int64_t visited = 0;
+    for (auto _ : state)
+        ztOverlays::traverseVisibleOverlays([&visited](osg::OverlayPtr&) { ++visited; });
+    benchmark::DoNotOptimize(visited);
+}
+
+/// Prints the times as usual, and for each decade its ratio to the one before.
+class RatioReporter : public benchmark::ConsoleReporter
+{
+  public:
+    void ReportRuns(std::vector<Run> const& runs) override
+    {
+        ConsoleReporter::ReportRuns(runs);
+        for (Run const& run : runs)
+            _runs.push_back({run.run_name.function_name, run.run_name.args, run.GetAdjustedRealTime()});
+    }
+
+    void Finalize() override
+    {
+        for (std::size_t i = 1; i < _runs.size(); ++i)
+            if (_runs[i].function == _runs[i - 1].function)
+                std::printf("%-12s %6s / %6s overlays: %5.1f times the time\n", _runs[i].function.c_str(),
+                            _runs[i].overlays.c_str(), _runs[i - 1].overlays.c_str(),
+                            _runs[i].time / _runs[i - 1].time);
+    }
+
+  private:
+    struct Time
+    {
+        std::string function, overlays;
+        double time;
+    };
+
+    std::vector<Time> _runs;
+};
+
+void overDecades(benchmark::internal::Benchmark* benchmark)
+{
+    for (int const overlays : decades)
+        benchmark->Arg(overlays);
+    benchmark->Unit(benchmark::kMicrosecond);
+}
+
+BENCHMARK(addAndRemove)->Apply(overDecades);
+BENCHMARK(quietFrame)->Apply(overDecades);
+BENCHMARK(visibleWalk)->Apply(overDecades);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+}
