@@ -46,8 +46,7 @@ TEST_F(AllocationTest, QuietFrameAllocatesNothing)
     }
     osg::ViewportPtr const viewport = makeViewport(640, 480);
     long visible = 0;
-    auto const frame = [&]
-    {
+    auto const frame = [&] {
         ztOverlays::updateAllOverlays(viewport);
         ztOverlays::traverseVisibleOverlays([&visible](osg::OverlayPtr&) { ++visible; });
     };

@@ -33,8 +33,7 @@ class CompositingTest : public SceneTest
 
 QImage toQImage(osg::ImagePtr const& image)
 {
-    return QImage(image->pixelBuffer(), image->width, image->height, QImage::Format_RGBA8888_Premultiplied)
-        .mirrored();
+    return QImage(image->pixelBuffer(), image->width, image->height, QImage::Format_RGBA8888_Premultiplied).mirrored();
 }
 
 /// The largest difference of any channel of any pixel.
@@ -165,8 +164,7 @@ TEST_F(CompositingTest, Corners)
         for (int y = 0; y < 30; ++y)
             for (int x = 0; x < 40; ++x)
             {
-                bool const inside =
-                    x >= row.left && x < row.left + 10 && y >= row.bottom && y < row.bottom + 10;
+                bool const inside = x >= row.left && x < row.left + 10 && y >= row.bottom && y < row.bottom + 10;
                 bool const white = pixelAt(frame, x, y)[0] == 255;
                 pixels += white;
                 EXPECT_EQ(white, inside && row.pixels > 0) << row.name << ' ' << x << ' ' << y;
@@ -234,8 +232,7 @@ TEST_F(CompositingTest, RestoresTheViewportsLayout)
     EXPECT_EQ(corners(relative) + corners(absolute), before) << "the plain size of the viewport";
     std::vector<std::pair<char const*, osg::FieldContainerPtr>> const names{
         {"R", shownImage(relative)}, {"A", shownImage(absolute)}, {"F", frame}};
-    EXPECT_EQ(recorder.marks(names), "!R !1000 !8 !8 !8F !8F !R !1000 !8 !8")
-        << "the relative text is rendered twice";
+    EXPECT_EQ(recorder.marks(names), "!R !1000 !8 !8 !8F !8F !R !1000 !8 !8") << "the relative text is rendered twice";
 
     stamp({relative, absolute}, frame);
     EXPECT_EQ(shownImage(relative)->height, 80) << "without a viewport the layout stays the frame's";

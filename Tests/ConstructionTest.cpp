@@ -73,8 +73,7 @@ TEST_F(ConstructionTest, MarksComeInTheOrderOfBuilding)
 TEST_F(ConstructionTest, OnlyASwitchAboveHidesANewOverlay)
 {
     for (auto const& [name, parent, travMask] :
-         {std::tuple{"no parent", osg::NodePtr(), 0xFFFFFFFFu},
-          std::tuple{"no core", makeNode(), 0xFFFFFFFFu},
+         {std::tuple{"no parent", osg::NodePtr(), 0xFFFFFFFFu}, std::tuple{"no core", makeNode(), 0xFFFFFFFFu},
           std::tuple{"group", makeNode(osg::create<osg::Group>()), 0xFFFFFFFFu},
           std::tuple{"switch", makeNode(osg::create<osg::Switch>()), 0u}})
     {
@@ -165,8 +164,7 @@ TEST_F(ImageSlotTest, FollowsContentTypeAndMarksOnlyAChange)
     osg::OverlayPtr const overlay = makeOverlay();
     osg::ImagePtr const text = hold(shownImage(overlay));
     osg::setRefdCP(overlay->image, picture);
-    auto const sync = [&](int contentType)
-    {
+    auto const sync = [&](int contentType) {
         overlay->contentType = contentType;
         Recorder recorder;
         ztOverlays::updateOverlayPosition(overlay, 0, 0);
@@ -208,8 +206,7 @@ TEST_F(ImageSlotTest, MaterialWithoutChunksIsLeftAlone)
     osg::setRefdCP(overlay->foreground->material, osg::create<osg::ChunkMaterial>());
     Recorder recorder;
     ztOverlays::updateOverlay(overlay, 100, 100);
-    EXPECT_EQ(recorder.marks({{"core", overlay}, {"foreground", overlay->foreground}}),
-              "!1000core !8foreground");
+    EXPECT_EQ(recorder.marks({{"core", overlay}, {"foreground", overlay->foreground}}), "!1000core !8foreground");
 }
 
 } // namespace

@@ -74,8 +74,7 @@ TEST_F(ContainerTest, CountsAreReportedAndTheLastReferenceDestroys)
 TEST_F(ContainerTest, CountsSurviveThreads)
 {
     osg::GroupPtr const group = hold(osg::create<osg::Group>());
-    auto const work = [&group]
-    {
+    auto const work = [&group] {
         for (int i = 0; i < 20000; ++i)
         {
             osg::addRef(group);
@@ -147,8 +146,7 @@ TEST_F(ContainerTest, OverlayBecomesDirtyByWhatDecidesThePicture)
              {"size mode", O::SizeModeFieldMask, true},
              {"size", O::SizeFieldMask, true},
              {"size and offset", O::SizeFieldMask | O::OffsetFieldMask, true},
-             {"anchor, offset and foreground",
-              O::AnchorFieldMask | O::OffsetFieldMask | O::ForegroundFieldMask, false},
+             {"anchor, offset and foreground", O::AnchorFieldMask | O::OffsetFieldMask | O::ForegroundFieldMask, false},
              {"text and dirty", O::TextFieldMask | O::DirtyFieldMask, false},
              {"all fields", osg::AllFieldsMask, false},
          })
@@ -218,12 +216,10 @@ TEST_F(ContainerTest, TraverseVisitsHiddenNodesAndStopsWhenToldTo)
          {std::pair{osg::NodePtr(), std::vector{root, a, b, c}}, std::pair{b, std::vector{root, a, b}}})
     {
         std::vector<osg::NodePtr> seen;
-        osg::traverse(root,
-                      [&seen, last = last](osg::NodePtr const& node)
-                      {
-                          seen.push_back(node);
-                          return node == last ? osg::Action::Quit : osg::Action::Continue;
-                      });
+        osg::traverse(root, [&seen, last = last](osg::NodePtr const& node) {
+            seen.push_back(node);
+            return node == last ? osg::Action::Quit : osg::Action::Continue;
+        });
         EXPECT_EQ(seen, expected);
     }
     osg::traverse(osg::NullFC, [](osg::NodePtr const&) -> osg::Action::ResultE { throw "visited"; });
@@ -263,8 +259,7 @@ TEST_F(ContainerTest, InactiveParents)
 
 TEST_F(ContainerTest, FindMaterialPoolFollowsItsFlags)
 {
-    osg::NodePtr const root = makeNode(), branch = makeNode(osg::NullFC, root),
-                       leaf = makeNode(osg::NullFC, branch);
+    osg::NodePtr const root = makeNode(), branch = makeNode(osg::NullFC, root), leaf = makeNode(osg::NullFC, branch);
     osg::NodePtr const pool = makeNode(osg::create<osg::MaterialPool>(), root);
     EXPECT_EQ(ztMaterials::findMaterialPool(leaf, true, true), pool);
     EXPECT_EQ(ztMaterials::findMaterialPool(leaf, false, true), osg::NullFC);
@@ -305,8 +300,9 @@ TEST_F(ContainerTest, ImageCopiesBytesOrUsesThemInPlace)
 {
     osg::UInt8 bytes[4] = {1, 2, 3, 4};
     osg::ImagePtr const image = makeImage(2, 2);
-    auto const set = [&](bool allocate)
-    { image->set(osg::Image::FormatRGBA, 1, 1, 1, 1, 1, 0.0, bytes, osg::Image::TypeUInt8, allocate, 1); };
+    auto const set = [&](bool allocate) {
+        image->set(osg::Image::FormatRGBA, 1, 1, 1, 1, 1, 0.0, bytes, osg::Image::TypeUInt8, allocate, 1);
+    };
     set(false);
     EXPECT_EQ(image->pixelBuffer(), bytes);
     set(true);

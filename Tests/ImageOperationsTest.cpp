@@ -33,10 +33,9 @@ double resampled(osg::ImagePtr const& source, int width, int height, int x, int 
     for (int row = 0; row < source->height; ++row)
         for (int column = 0; column < source->width; ++column)
         {
-            double const distanceX = (column + 0.5) - (x + 0.5) * stepX,
-                         distanceY = (row + 0.5) - (y + 0.5) * stepY;
-            double const weight = filter.filter(distanceX / std::max(stepX, 1.0)) *
-                                  filter.filter(distanceY / std::max(stepY, 1.0));
+            double const distanceX = (column + 0.5) - (x + 0.5) * stepX, distanceY = (row + 0.5) - (y + 0.5) * stepY;
+            double const weight =
+                filter.filter(distanceX / std::max(stepX, 1.0)) * filter.filter(distanceY / std::max(stepY, 1.0));
             sum += weight * pixelAt(source, column, row)[std::size_t(channel)];
             weights += weight;
         }
@@ -49,8 +48,7 @@ TEST_F(ImageOperationsTest, ScaleAgreesWithTheReference)
     ztImageBilinearFilter wide;
     wide.support = 2.5;
     for (ztImageBilinearFilter const& filter : {ztImageBilinearFilter(), wide})
-        for (auto const& [width, height] :
-             {std::pair{17, 11}, {34, 22}, {5, 3}, {1, 1}, {40, 2}, {3, 29}, {16, 12}})
+        for (auto const& [width, height] : {std::pair{17, 11}, {34, 22}, {5, 3}, {1, 1}, {40, 2}, {3, 29}, {16, 12}})
         {
             osg::ImagePtr scaled = makeImage(1, 1);
             ASSERT_TRUE(ztImage::scale(source, width, height, scaled, filter));
@@ -171,8 +169,7 @@ TEST_F(ImageOperationsTest, BlendIsModulated)
 TEST_F(ImageOperationsTest, BlendMarksWhatItWrites)
 {
     osg::ImagePtr const target = makeImage(4, 4), source = makeImage(9, 9, {255, 255, 255, 255});
-    auto const blend = [](osg::ImagePtr const& onto, osg::ImagePtr const& image, float x)
-    {
+    auto const blend = [](osg::ImagePtr const& onto, osg::ImagePtr const& image, float x) {
         Recorder recorder;
         bool const blended = ztImage::blendImage(onto, image, {x, -2.9f, 0}, {1, 1, 1, 1}, 1, 0);
         return (blended ? "blended " : "") + recorder.text();

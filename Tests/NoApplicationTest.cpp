@@ -12,8 +12,7 @@ using NoApplicationTest = SceneTest;
 TEST_F(NoApplicationTest, TextWaitsForTheApplication)
 {
     osg::OverlayPtr const overlay = makeText("text");
-    auto const update = [&overlay]
-    {
+    auto const update = [&overlay] {
         ztOverlays::updateOverlay(overlay, 100, 100);
         return shownImage(overlay)->width;
     };

@@ -26,8 +26,7 @@ class SurfacelessContext
         if (!eglInitialize(_display, nullptr, nullptr))
             return;
         eglBindAPI(isES ? EGL_OPENGL_ES_API : EGL_OPENGL_API);
-        EGLint const attributes[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, isES ? 0 : 3,
-                                     EGL_NONE};
+        EGLint const attributes[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, isES ? 0 : 3, EGL_NONE};
         _context = eglCreateContext(_display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, attributes);
         makeCurrent();
     }
@@ -285,8 +284,7 @@ TEST_P(OpenGLTest, UploadsFollowTheImage)
     osg::setRefdCP(picture->image, image);
     osg::ViewportPtr const viewport = makeViewport(64, 64);
     startFrom(makeImage(64, 64));
-    auto const uploads = [&](int frames, auto const& change)
-    {
+    auto const uploads = [&](int frames, auto const& change) {
         osg::UInt64 const before = action.getNumUploads();
         for (int frame = 0; frame < frames; ++frame)
         {
@@ -300,8 +298,7 @@ TEST_P(OpenGLTest, UploadsFollowTheImage)
     EXPECT_EQ(uploads(1000, [](int) {}), 0u);
     EXPECT_EQ(action.getNumDraws(), 2002u);
     EXPECT_EQ(uploads(100,
-                      [&](int frame)
-                      {
+                      [&](int frame) {
                           text->text = std::to_string(frame);
                           osg::markChanged(text, osg::Overlay::TextFieldMask);
                       }),
@@ -346,11 +343,11 @@ std::vector<GLint> readState(bool isES)
 {
     std::vector<GLint> state;
     for (GLenum const parameter :
-         {GL_CURRENT_PROGRAM, GL_VERTEX_ARRAY_BINDING, GL_ARRAY_BUFFER_BINDING,
-          GL_PIXEL_UNPACK_BUFFER_BINDING, GL_ACTIVE_TEXTURE, GL_BLEND_SRC_RGB, GL_BLEND_DST_RGB,
-          GL_BLEND_SRC_ALPHA, GL_BLEND_DST_ALPHA, GL_BLEND_EQUATION_RGB, GL_BLEND_EQUATION_ALPHA,
-          GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS,
-          GL_DEPTH_FUNC, GL_CULL_FACE_MODE, GL_FRAMEBUFFER_BINDING, GL_DEPTH_WRITEMASK})
+         {GL_CURRENT_PROGRAM, GL_VERTEX_ARRAY_BINDING, GL_ARRAY_BUFFER_BINDING, GL_PIXEL_UNPACK_BUFFER_BINDING,
+          GL_ACTIVE_TEXTURE, GL_BLEND_SRC_RGB, GL_BLEND_DST_RGB, GL_BLEND_SRC_ALPHA, GL_BLEND_DST_ALPHA,
+          GL_BLEND_EQUATION_RGB, GL_BLEND_EQUATION_ALPHA, GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH,
+          GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS, GL_DEPTH_FUNC, GL_CULL_FACE_MODE, GL_FRAMEBUFFER_BINDING,
+          GL_DEPTH_WRITEMASK})
     {
         GLint value = -1;
         glGetIntegerv(parameter, &value);
@@ -363,8 +360,8 @@ std::vector<GLint> readState(bool isES)
             glGetIntegerv(parameter, values);
         state.insert(state.end(), values, values + 4);
     }
-    for (GLenum const capability : {GL_BLEND, GL_CULL_FACE, GL_DEPTH_TEST, GL_SCISSOR_TEST, GL_STENCIL_TEST,
-                                    GL_SAMPLE_ALPHA_TO_COVERAGE})
+    for (GLenum const capability :
+         {GL_BLEND, GL_CULL_FACE, GL_DEPTH_TEST, GL_SCISSOR_TEST, GL_STENCIL_TEST, GL_SAMPLE_ALPHA_TO_COVERAGE})
         state.push_back(glIsEnabled(capability));
     GLint active;
     glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
@@ -509,25 +506,27 @@ TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
         char const* reason;
         std::function<void(osg::OverlayPtr const&)> spoil;
     };
-    auto const chunk = [](osg::OverlayPtr const& overlay, std::size_t i)
-    { return osg::dynamicCast<osg::ChunkMaterial>(overlay->foreground->material)->chunks[i]; };
-    for (Row const& row :
-         {
+    auto const chunk = [](osg::OverlayPtr const& overlay, std::size_t i) {
+        return osg::dynamicCast<osg::ChunkMaterial>(overlay->foreground->material)->chunks[i];
+    };
+    for (Row const& row : {
              Row{"no texture, blend or shader chunk",
                  [](osg::OverlayPtr const& o) { osg::setRefdCP(o->foreground->material, osg::NullFC); }},
-             {"no texture, blend or shader chunk", [](osg::OverlayPtr const& o)
-              { osg::setRefdCP(o->foreground->material, osg::create<osg::ChunkMaterial>()); }},
+             {"no texture, blend or shader chunk",
+              [](osg::OverlayPtr const& o) {
+                  osg::setRefdCP(o->foreground->material, osg::create<osg::ChunkMaterial>());
+              }},
              {"no image", [](osg::OverlayPtr const& o) { textureOf(o)->setImage(osg::NullFC); }},
              {"no image", [this](osg::OverlayPtr const& o) { textureOf(o)->setImage(makeImage(0, 0)); }},
-             {"limit", [this, maxSize](osg::OverlayPtr const& o)
-              { textureOf(o)->setImage(makeImage(maxSize + 1, 1)); }},
+             {"limit",
+              [this, maxSize](osg::OverlayPtr const& o) { textureOf(o)->setImage(makeImage(maxSize + 1, 1)); }},
              {"compile",
               [&chunk](osg::OverlayPtr const& o) {
                   osg::dynamicCast<osg::ShaderChunk>(chunk(o, 2))->fragmentProgram = "void main() { broken }";
               }},
              {"OpenGL error", [](osg::OverlayPtr const& o) { textureOf(o)->wrapS = 12345; }},
-             {"OpenGL error", [&chunk](osg::OverlayPtr const& o)
-              { osg::dynamicCast<osg::BlendChunk>(chunk(o, 1))->srcFactor = 7; }},
+             {"OpenGL error",
+              [&chunk](osg::OverlayPtr const& o) { osg::dynamicCast<osg::BlendChunk>(chunk(o, 1))->srcFactor = 7; }},
              {"corners", [](osg::OverlayPtr const& o) { o->foreground->positions.resize(2); }},
              {"corners", [](osg::OverlayPtr const& o) { o->foreground->texCoords.resize(3); }},
              {"no OpenGL context", [this](osg::OverlayPtr const&) { context.leave(); }},

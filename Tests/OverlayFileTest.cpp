@@ -76,12 +76,10 @@ FileCase const wrongFiles[] = {
     {"NoList", "{}", "overlays: expected an array of objects, got nothing"},
     {"TopKey", R"({"overlay":[]})", R"(overlay: unknown key, did you mean "overlays"?)"},
     {"NoObject", R"({"overlays":[{"text":"a"},null]})", "overlays[1]: expected an object, got null"},
-    {"NearKey", R"({"overlays":[{"anchr":[0,0]}]})",
-     R"(overlays[0].anchr: unknown key, did you mean "anchor"?)"},
+    {"NearKey", R"({"overlays":[{"anchr":[0,0]}]})", R"(overlays[0].anchr: unknown key, did you mean "anchor"?)"},
     {"NearLongKey", R"({"overlays":[{"text":"a","backgroundTransparancy":1}]})",
      R"(overlays[0].backgroundTransparancy: unknown key, did you mean "backgroundTransparency"?)"},
-    {"KeyWithLineBreak", R"({"overlays":[{"si\nze":1}]})",
-     R"(overlays[0].si\nze: unknown key, did you mean "size"?)"},
+    {"KeyWithLineBreak", R"({"overlays":[{"si\nze":1}]})", R"(overlays[0].si\nze: unknown key, did you mean "size"?)"},
     {"NoText", R"({"overlays":[{}]})", "overlays[0].text: expected a string, got nothing"},
     {"NoImage", R"({"overlays":[{"contentType":"image","text":"a"}]})",
      "overlays[0].image: expected a path, got nothing"},
@@ -89,8 +87,7 @@ FileCase const wrongFiles[] = {
      R"(overlays[0].contentType: expected "text" or "image", got "Text")"},
     {"SizeMode", R"({"overlays":[{"sizeMode":1}]})",
      R"(overlays[0].sizeMode: expected "absolute" or "relative", got 1)"},
-    {"Word", R"({"overlays":[{"text":"a","anchor":"top"}]})",
-     R"(overlays[0].anchor: expected two numbers, got "top")"},
+    {"Word", R"({"overlays":[{"text":"a","anchor":"top"}]})", R"(overlays[0].anchor: expected two numbers, got "top")"},
     {"TooMany", R"({"overlays":[{"text":"a","offset":[1,2,3]}]})",
      "overlays[0].offset: expected two numbers, got [1,2,3]"},
     {"BeyondFloat", R"({"overlays":[{"text":"a","anchor":[0,1e308]}]})",
@@ -101,22 +98,19 @@ FileCase const wrongFiles[] = {
      "overlays[0].backgroundColor: expected three numbers from 0 to 1, got [0,0,-1]"},
     {"Transparency", R"({"overlays":[{"text":"a","backgroundTransparency":2}]})",
      "overlays[0].backgroundTransparency: expected a number or three numbers from 0 to 1, got 2"},
-    {"SizeOfNothing", R"({"overlays":[{"text":"a","size":0}]})",
-     "overlays[0].size: expected a number above 0, got 0"},
+    {"SizeOfNothing", R"({"overlays":[{"text":"a","size":0}]})", "overlays[0].size: expected a number above 0, got 0"},
     {"SizeBelowFloat", R"({"overlays":[{"text":"a","size":1e-320}]})",
      "overlays[0].size: expected a number above 0 in single precision's range, got 1e-320"},
     {"LessThanAPoint", R"({"overlays":[{"text":"a","size":0.5}]})",
      "overlays[0].size: expected at least 1 point, got 0.5"},
     {"RelativeToWhat", R"({"overlays":[{"text":"a","sizeMode":"relative"}]})",
      "overlays[0].size: expected a fraction of the frame's height, got nothing"},
-    {"Visible", R"({"overlays":[{"text":"a","visible":0}]})",
-     "overlays[0].visible: expected true or false, got 0"},
+    {"Visible", R"({"overlays":[{"text":"a","visible":0}]})", "overlays[0].visible: expected true or false, got 0"},
     {"ZeroByte", R"({"overlays":[{"text":"a\u0000b"}]})",
      R"(overlays[0].text: expected a string without zero bytes, got "a\u0000b")"},
     {"Placeholder", R"({"overlays":[{"text":"{frame}"}]})",
      R"(overlays[0].text: expected {file}, {index} or {count}, and {{ or }} for a brace, got "{frame}")"},
-    {"LongValue",
-     R"({"overlays":[{"text":["0123456789012345678901234567890123456789012345678901234567890"]}]})",
+    {"LongValue", R"({"overlays":[{"text":["0123456789012345678901234567890123456789012345678901234567890"]}]})",
      R"(overlays[0].text: expected a string, got ["0123456789012345678901234567890123456789012345678901234567...)"},
     {"NoSuchPicture", R"({"overlays":[{"contentType":"image","image":"no.png"}]})",
      R"(overlays[0].image: can't read "no.png": File not found)"},
@@ -126,8 +120,7 @@ FileCase const wrongFiles[] = {
      R"(overlays[0].image: can't read "labels.json": Unsupported image format)"},
 };
 
-INSTANTIATE_TEST_SUITE_P(All, WrongFile, testing::ValuesIn(wrongFiles),
-                         [](auto const& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(All, WrongFile, testing::ValuesIn(wrongFiles), [](auto const& row) { return row.param.name; });
 
 TEST(Placeholders, AreReplacedOrRefused)
 {
@@ -174,8 +167,7 @@ class Nodes : public testing::Test
 
 TEST_F(Nodes, HaveWhatTheFileSays)
 {
-    osg::OverlayPtr const overlay =
-        create(R"({"contentType": "image", "image": "logo.png", "font": "Noto Sans",
+    osg::OverlayPtr const overlay = create(R"({"contentType": "image", "image": "logo.png", "font": "Noto Sans",
         "textColor": [0.1, 0.2, 0.3, 0.4], "backgroundColor": [0.5, 0.6, 0.7], "backgroundTransparency": 0.25,
         "sizeMode": "relative", "size": 0.5, "anchor": [0.25, 0.75], "offset": [-3, 4], "name": "sun",
         "visible": false})");
@@ -193,8 +185,7 @@ TEST_F(Nodes, HaveWhatTheFileSays)
     osg::NodePtr const node = root->children.front();
     EXPECT_EQ(node->travMask, 0u);
     EXPECT_FALSE(overlay->foreground->active);
-    auto const name =
-        osg::dynamicCast<osg::Name>(node->findAttachment(osg::Name::getClassType().getGroupId()));
+    auto const name = osg::dynamicCast<osg::Name>(node->findAttachment(osg::Name::getClassType().getGroupId()));
     ASSERT_NE(name, osg::NullFC);
     EXPECT_EQ(name->name, "sun");
 }

@@ -39,10 +39,7 @@ class OverlayStamp : public testing::Test
         file.write(bytes);
     }
 
-    void writeLabels(QByteArray const& entries) const
-    {
-        writeFile("labels.json", "{\"overlays\":[" + entries + "]}");
-    }
+    void writeLabels(QByteArray const& entries) const { writeFile("labels.json", "{\"overlays\":[" + entries + "]}"); }
 
     void writePicture(QString const& name, QColor const& color, QSize const& size = {60, 40}) const
     {
@@ -76,8 +73,7 @@ class OverlayStamp : public testing::Test
     /// Stamps frame.png with the labels.
     QImage stamped(QStringList const& more = {}, QString const& output = "out.png") const
     {
-        Outcome const outcome =
-            run(QStringList{"--overlays", "labels.json", "--output", output, "frame.png"} + more);
+        Outcome const outcome = run(QStringList{"--overlays", "labels.json", "--output", output, "frame.png"} + more);
         EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
         return QImage(path(output));
     }
@@ -179,23 +175,21 @@ TEST_F(OverlayStamp, DoesTheOtherFramesAndCountsFailures)
     QFile::copy(path("good.png"), path("good.gif"));
     ASSERT_TRUE(QDir(path(".")).mkpath("out/taken.png"));
 
-    Outcome const outcome =
-        run({"--overlays", "labels.json", "--output-dir", "out", "good.png", "no.png", "empty.png",
-             "huge.ppm", "cut.png", "good.gif", "taken.png", ".", "last.jpg"});
+    Outcome const outcome = run({"--overlays", "labels.json", "--output-dir", "out", "good.png", "no.png", "empty.png",
+                                 "huge.ppm", "cut.png", "good.gif", "taken.png", ".", "last.jpg"});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output, "good.png -> out/good.png\nlast.jpg -> out/last.jpg\n");
     // Libraries that decode may add lines of their own.
     QStringList const own =
         QString::fromStdString(outcome.errors).split('\n').filter(QRegularExpression(": can't |failed$"));
-    EXPECT_EQ(own.join('\n').toStdString(),
-              "no.png: can't read it: File not found\n"
-              "empty.png: can't read it: Unsupported image format\n"
-              "huge.ppm: can't read it: Unable to read image data\n"
-              "cut.png: can't read it: Unable to read image data\n"
-              "good.gif: can't write \"out/good.gif\": Unsupported image format\n"
-              "taken.png: can't write \"out/taken.png\": Filename refers to a directory\n"
-              ".: can't read it: Is a directory\n"
-              "7 of 9 frames failed");
+    EXPECT_EQ(own.join('\n').toStdString(), "no.png: can't read it: File not found\n"
+                                            "empty.png: can't read it: Unsupported image format\n"
+                                            "huge.ppm: can't read it: Unable to read image data\n"
+                                            "cut.png: can't read it: Unable to read image data\n"
+                                            "good.gif: can't write \"out/good.gif\": Unsupported image format\n"
+                                            "taken.png: can't write \"out/taken.png\": Filename refers to a directory\n"
+                                            ".: can't read it: Is a directory\n"
+                                            "7 of 9 frames failed");
     EXPECT_EQ(names("out"), (QStringList{"good.png", "last.jpg", "taken.png"}));
 }
 
@@ -210,8 +204,7 @@ TEST_F(OverlayStamp, ReplacesAnInputWithForce)
 
 TEST_F(OverlayStamp, PutsAPictureWhereAnchorAndOffsetSay)
 {
-    writeLabels(
-        R"({"contentType": "image", "image": "logo.png", "size": 2, "anchor": [1, 0], "offset": [-4, 3]})");
+    writeLabels(R"({"contentType": "image", "image": "logo.png", "size": 2, "anchor": [1, 0], "offset": [-4, 3]})");
     QImage logo(3, 2, QImage::Format_RGB32);
     QImage expected(path("frame.png"));
     for (int y = 0; y < 2; ++y)
@@ -265,8 +258,7 @@ TEST_F(OverlayStamp, ReplacesPlaceholdersInEachFrame)
     {
         writeLabels(labels[i].toUtf8());
         EXPECT_EQ(
-            run({"--overlays", "labels.json", "--output-dir", QString::number(i), "frame.png", "sub/b.png"})
-                .exitCode,
+            run({"--overlays", "labels.json", "--output-dir", QString::number(i), "frame.png", "sub/b.png"}).exitCode,
             0);
     }
     EXPECT_EQ(bytes("0/frame.png"), bytes("1/frame.png"));
@@ -348,9 +340,9 @@ TEST_F(OverlayStamp, SaysWhatItIsAskedFor)
     EXPECT_EQ(run({"--version"}).output.substr(0, 16), "overlay-stamp 1.");
     EXPECT_EQ(run({"--overlays", "labels.json", "--output", "out.png", "--quiet", "frame.png"}).output, "");
     std::string const help = run({"--help"}).output;
-    for (char const* word : {"contentType", "text", "font", "textColor", "backgroundColor",
-                             "backgroundTransparency", "sizeMode", "size", "anchor", "offset", "image",
-                             "name", "visible", "{file}", "{index}", "{count}", "Exit codes"})
+    for (char const* word :
+         {"contentType", "text", "font", "textColor", "backgroundColor", "backgroundTransparency", "sizeMode", "size",
+          "anchor", "offset", "image", "name", "visible", "{file}", "{index}", "{count}", "Exit codes"})
         EXPECT_NE(help.find(word), std::string::npos) << word;
 }
 

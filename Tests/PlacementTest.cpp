@@ -110,16 +110,7 @@ TEST_F(PlacementTest, KnownRectangles)
               2,
               2,
               "(400, 200) (600, 200) (600, 300) (400, 300)"},
-             {"text",
-              Text,
-              64,
-              32,
-              50,
-              {1, 1},
-              {0, 0},
-              3,
-              4,
-              "(936, 468) (1000, 468) (1000, 500) (936, 500)"},
+             {"text", Text, 64, 32, 50, {1, 1}, {0, 0}, 3, 4, "(936, 468) (1000, 468) (1000, 500) (936, 500)"},
              {"origin", Absolute, 30, 10, 10, {0, 0}, {0, 0}, 1, 1, "(0, 0) (30, 0) (30, 10) (0, 10)"},
              {"absolute height goes by the vertical scale",
               Absolute,
@@ -141,16 +132,7 @@ TEST_F(PlacementTest, KnownRectangles)
               5,
               2,
               "(0, 0) (150, 0) (150, 50) (0, 50)"},
-             {"outside",
-              Text,
-              10,
-              10,
-              0,
-              {0, 1},
-              {-20, 5},
-              1,
-              1,
-              "(-20, 495) (-10, 495) (-10, 505) (-20, 505)"},
+             {"outside", Text, 10, 10, 0, {0, 1}, {-20, 5}, 1, 1, "(-20, 495) (-10, 495) (-10, 505) (-20, 505)"},
          })
     {
         ztPlatform::setDpiScale(row.dpiX, row.dpiY);
@@ -183,8 +165,7 @@ TEST_F(PlacementTest, AnchorPointsMeet)
                     overlay->size = sizeMode == osg::Overlay::SizeAbsolute ? 40.0f : 0.15f;
                     overlay->anchor = {x, y};
                     ztOverlays::updateOverlayPosition(overlay, 1280, 720);
-                    osg::Pnt2f const low = overlay->foreground->positions[0],
-                                     high = overlay->foreground->positions[2];
+                    osg::Pnt2f const low = overlay->foreground->positions[0], high = overlay->foreground->positions[2];
                     double const height = sizeMode == osg::Overlay::SizeAbsolute ? 40 * 2 * dpi : 0.15 * 720;
                     EXPECT_NEAR(low.x + x * (high.x - low.x), 1280 * x - 7.5 * dpi, 1e-3);
                     EXPECT_NEAR(low.y + y * (high.y - low.y), 720 * y + 3.25 * 2 * dpi, 1e-3);

@@ -67,8 +67,7 @@ TEST_F(LookupTest, FindsByExactNameInTheOrderOfTheWalk)
                                          {"", {empty}}})
     {
         EXPECT_EQ(ztOverlays::findOverlays(name), expected) << name;
-        EXPECT_EQ(ztOverlays::findOverlay(name), expected.empty() ? osg::NodePtr() : expected.front())
-            << name;
+        EXPECT_EQ(ztOverlays::findOverlay(name), expected.empty() ? osg::NodePtr() : expected.front()) << name;
     }
 }
 
@@ -96,9 +95,9 @@ class AttachmentTest : public SceneTest
     {
         std::string text;
         for (osg::ForegroundPtr const& entry : viewport->foregrounds)
-            text += std::find_if(names.begin(), names.end(),
-                                 [&entry](auto const& name) { return name.second == entry; })
-                        ->first;
+            text += std::find_if(names.begin(), names.end(), [&entry](auto const& name) {
+                        return name.second == entry;
+                    })->first;
         return text;
     }
 
@@ -106,10 +105,9 @@ class AttachmentTest : public SceneTest
     {
         viewport->foregrounds.clear();
         for (char letter : text)
-            viewport->foregrounds.push_back(std::find_if(names.begin(), names.end(),
-                                                         [letter](auto const& name)
-                                                         { return name.first == letter; })
-                                                ->second);
+            viewport->foregrounds.push_back(std::find_if(names.begin(), names.end(), [letter](auto const& name) {
+                                                return name.first == letter;
+                                            })->second);
     }
 
     osg::NodePtr root;
@@ -142,13 +140,11 @@ TEST_F(AttachmentTest, AddAndRemove)
     {
         setList(row.before);
         for (std::size_t i = 0; i < nodes.size(); ++i)
-            nodes[i]->travMask =
-                std::string(row.hidden).find(names[i].first) == std::string::npos ? 0xFFFFFFFF : 0;
+            nodes[i]->travMask = std::string(row.hidden).find(names[i].first) == std::string::npos ? 0xFFFFFFFF : 0;
         Recorder recorder;
         row.operation(viewport);
         EXPECT_EQ(list(), row.after) << row.name;
-        EXPECT_EQ(recorder.text({{"viewport", viewport}}), "!2viewport")
-            << row.name << ": one mark, no reference";
+        EXPECT_EQ(recorder.text({{"viewport", viewport}}), "!2viewport") << row.name << ": one mark, no reference";
     }
 }
 
@@ -208,15 +204,13 @@ TEST_F(AttachmentTest, DrawsTheVisibleOnesAndTheViewportItsActiveOnes)
     setList("CFAB");
     Renderer attached;
     viewport->render(&attached);
-    EXPECT_EQ(attached.drawn, (std::vector{others[0]->material, material(2), material(1)}))
-        << "visibility plays none";
+    EXPECT_EQ(attached.drawn, (std::vector{others[0]->material, material(2), material(1)})) << "visibility plays none";
 }
 
 TEST_F(ViewportTest, LayoutAreaIsTheTileOrTheWhole)
 {
     osg::ViewportPtr const viewport = makeViewport(801, 600);
-    auto const area = [&viewport]
-    {
+    auto const area = [&viewport] {
         osg::LayoutArea const a = viewport->getLayoutArea();
         return std::array{a.left, a.bottom, a.right, a.top};
     };
@@ -230,8 +224,7 @@ TEST_F(ViewportTest, LayoutAreaIsTheTileOrTheWhole)
         perspective->aspect = aspect;
         int width, height;
         ztOverlays::getViewportSize(viewport, width, height);
-        EXPECT_EQ(area(), (std::array{0.0f, 0.0f, float(width), float(height)}))
-            << "what overlays are laid out for";
+        EXPECT_EQ(area(), (std::array{0.0f, 0.0f, float(width), float(height)})) << "what overlays are laid out for";
     }
     auto const tile = osg::create<osg::TileCameraDecorator>();
     tile->fullWidth = 4000;
@@ -247,8 +240,7 @@ TEST_F(ViewportTest, TextureRevisionGrowsWithItsImage)
 {
     osg::OverlayPtr const overlay = makeText("text");
     osg::TextureChunkPtr const texture = textureOf(overlay);
-    auto const grows = [&texture](auto const& change)
-    {
+    auto const grows = [&texture](auto const& change) {
         osg::UInt64 const before = texture->getImageRevision();
         change();
         return texture->getImageRevision() > before;

@@ -54,8 +54,7 @@ class SceneTest : public testing::Test
     }
 
     /// A node with a core, held.
-    osg::NodePtr makeNode(osg::NodeCorePtr const& core = osg::NullFC,
-                          osg::NodePtr const& parent = osg::NullFC);
+    osg::NodePtr makeNode(osg::NodeCorePtr const& core = osg::NullFC, osg::NodePtr const& parent = osg::NullFC);
 
     /// Makes a scene with a material pool the current one and returns its pool root.
     osg::NodePtr makeScene();

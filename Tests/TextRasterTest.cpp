@@ -176,16 +176,15 @@ TEST_F(TextRasterTest, EveryScriptGivesItsOwnPicture)
 TEST_F(TextRasterTest, RightToLeftTextIsShapedAndOrdered)
 {
     // Joined letters are narrower than those that a zero-width non-joiner keeps apart.
-    osg::OverlayPtr const joined = makeText("\u0628\u0628\u0628"),
-                          apart = makeText("\u0628\u200c\u0628\u200c\u0628");
+    osg::OverlayPtr const joined = makeText("\u0628\u0628\u0628"), apart = makeText("\u0628\u200c\u0628\u200c\u0628");
     EXPECT_LT(render(joined)->width, render(apart)->width);
 }
 
 TEST_F(TextRasterTest, BlankingLeavesDirtyAndPosition)
 {
-    for (auto const& [name, text, size] : {std::tuple{"empty", std::string(), 12.0f},
-                                           std::tuple{"zero byte first", std::string("\0text", 5), 12.0f},
-                                           std::tuple{"below one point", std::string("text"), 0.9f}})
+    for (auto const& [name, text, size] :
+         {std::tuple{"empty", std::string(), 12.0f}, std::tuple{"zero byte first", std::string("\0text", 5), 12.0f},
+          std::tuple{"below one point", std::string("text"), 0.9f}})
         for (bool dirty : {false, true})
         {
             osg::OverlayPtr const overlay = makeText("text");

@@ -27,8 +27,7 @@ TEST_F(PoolTest, RootIsMadeOnceAndOnlyByOneOperation)
     Recorder recorder;
     EXPECT_EQ(ztOverlays::getOverlayPoolRoot(), root);
     EXPECT_EQ(ztOverlays::getOverlayPoolRootForNode(branch), root);
-    EXPECT_EQ(ztOverlays::getOverlayPoolRootForNode(ztOverlays::createOverlay(root)), root)
-        << "found from an overlay";
+    EXPECT_EQ(ztOverlays::getOverlayPoolRootForNode(ztOverlays::createOverlay(root)), root) << "found from an overlay";
     EXPECT_EQ(recorder.marks({{"root", root}, {"pool", poolNode}}).find("pool"), std::string::npos);
     ztOpenSGUtils::setRoot(osg::NullFC);
     EXPECT_EQ(ztOverlays::getOverlayPoolRoot(), osg::NullFC) << "no scene";
@@ -56,8 +55,8 @@ std::string update(osg::OverlayPtr const& overlay, int targetHeight)
     overlay->anchor.x += 1; // so that each placement shows
     Recorder recorder;
     ztOverlays::updateOverlay(overlay, 1000, targetHeight);
-    std::string const marks = recorder.marks(
-        {{"image", shownImage(overlay)}, {"core", overlay}, {"foreground", overlay->foreground}});
+    std::string const marks =
+        recorder.marks({{"image", shownImage(overlay)}, {"core", overlay}, {"foreground", overlay->foreground}});
     return marks == "!image !1000core !8foreground" ? "rendered, placed"
            : marks == "!1000core !8foreground"      ? "cleared, placed"
            : marks == "!8foreground"                ? "placed"
@@ -198,12 +197,10 @@ class VisibleWalkTest : public SceneTest
     static std::string walk()
     {
         std::string seen;
-        ztOverlays::traverseVisibleOverlays(
-            [&seen](osg::OverlayPtr& overlay)
-            {
-                seen += overlay->text;
-                overlay = osg::NullFC; // of no effect on the walk
-            });
+        ztOverlays::traverseVisibleOverlays([&seen](osg::OverlayPtr& overlay) {
+            seen += overlay->text;
+            overlay = osg::NullFC; // of no effect on the walk
+        });
         return seen;
     }
 };
@@ -264,21 +261,18 @@ TEST_F(VisibleWalkTest, CallbackMayTakeChildrenAway)
     for (char name : {'A', 'B', 'C'})
         hold(add(name, root));
     std::string seen;
-    ztOverlays::traverseVisibleOverlays(
-        [&](osg::OverlayPtr& overlay)
-        {
-            seen += overlay->text;
-            while (root->children.size() > 1)
-                root->subChild(root->children.back());
-        });
+    ztOverlays::traverseVisibleOverlays([&](osg::OverlayPtr& overlay) {
+        seen += overlay->text;
+        while (root->children.size() > 1)
+            root->subChild(root->children.back());
+    });
     EXPECT_EQ(seen, "CA");
 }
 
 TEST_F(VisibilityTest, ActiveFollowsTheNodeAndWhatIsAbove)
 {
     for (auto const& [name, aboveMask, ownMask, active] :
-         {std::tuple{"shown", 0xFFFFFFFFu, 0xFFFFFFFFu, true},
-          std::tuple{"hidden", 0xFFFFFFFFu, 0xFFFFFFFEu, false},
+         {std::tuple{"shown", 0xFFFFFFFFu, 0xFFFFFFFFu, true}, std::tuple{"hidden", 0xFFFFFFFFu, 0xFFFFFFFEu, false},
           std::tuple{"hidden above", 7u, 0xFFFFFFFFu, false}})
     {
         osg::NodePtr const above = makeNode(), node = ztOverlays::createOverlay(above);
@@ -290,8 +284,7 @@ TEST_F(VisibilityTest, ActiveFollowsTheNodeAndWhatIsAbove)
         ztOverlays::updateVisibility(node);
         EXPECT_EQ(foreground->active, active) << name;
         ztOverlays::updateVisibility(node);
-        EXPECT_EQ(recorder.text({{"foreground", foreground}}), "!1foreground !1foreground")
-            << "marked each time";
+        EXPECT_EQ(recorder.text({{"foreground", foreground}}), "!1foreground !1foreground") << "marked each time";
     }
     Recorder recorder;
     ztOverlays::updateVisibility(osg::NullFC);

@@ -15,12 +15,10 @@ AttachmentContainer::~AttachmentContainer()
         subRef(entry.attachment);
 }
 
-std::vector<AttachmentContainer::Entry>::const_iterator AttachmentContainer::find(UInt32 groupId,
-                                                                                  UInt16 binding) const
+std::vector<AttachmentContainer::Entry>::const_iterator AttachmentContainer::find(UInt32 groupId, UInt16 binding) const
 {
     return std::find_if(_attachments.begin(), _attachments.end(),
-                        [=](Entry const& entry)
-                        { return entry.groupId == groupId && entry.binding == binding; });
+                        [=](Entry const& entry) { return entry.groupId == groupId && entry.binding == binding; });
 }
 
 void AttachmentContainer::addAttachment(AttachmentPtr const& attachment, UInt16 binding)

@@ -24,8 +24,8 @@ class OPENSG_EXPORT AttachmentContainer : public FieldContainer
     OSG_ABSTRACT_CONTAINER(AttachmentContainer)
 
   public:
-    /// Adds an attachment under its type's group and `binding`, in the place of one that stands there
-    /// already. Null: nothing happens. Marks nothing.
+    /// Adds an attachment under its type's group and `binding`, in the place of one that stands there already. Null:
+    /// nothing happens. Marks nothing.
     void addAttachment(AttachmentPtr const& attachment, UInt16 binding = 0);
 
     /// The attachment under a group and a binding, or null.

@@ -64,8 +64,8 @@ using Pnt2f = Point<float, 2u>;
 using Color3f = Color3<float>;
 using Color4f = Color4<float>;
 
-/// A field that a copy of its container starts without: a link to the containers above, or what only the
-/// original carries.
+/// A field that a copy of its container starts without: a link to the containers above, or what only the original
+/// carries.
 template <class T>
 struct NotCopied : T
 {

@@ -9,8 +9,8 @@
 namespace osg
 {
 
-/// Grows by an entry for each event until the host clears it. A host sets one with
-/// PThreadBase::setCurrentChangeList() if it reads it.
+/// Grows by an entry for each event until the host clears it. A host sets one with PThreadBase::setCurrentChangeList()
+/// if it reads it.
 class OPENSG_EXPORT ChangeList
 {
   public:

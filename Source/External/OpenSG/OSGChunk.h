@@ -50,9 +50,9 @@ class OPENSG_EXPORT TextureChunk : public TextureChunkBase
     OSG_CONTAINER(TextureChunk)
 
   public:
-    /// Shows another image, or none: leaves the old image's `parents` (the first entry for this chunk),
-    /// counts the new image, gives back the old, and goes to the end of the new image's `parents`. With the
-    /// image that it has, the count stays and the chunk's entry moves to the end. Marks nothing.
+    /// Shows another image, or none: leaves the old image's `parents` (the first entry for this chunk), counts the new
+    /// image, gives back the old, and goes to the end of the new image's `parents`. With the image that it has, the
+    /// count stays and the chunk's entry moves to the end. Marks nothing.
     void setImage(ImagePtr const& newImage);
 
     /// Grows with each change of the image that is announced: another one, or other pixels.

@@ -24,17 +24,15 @@ LockPool* const FieldContainerPtrBase::_pRefCountLock = &refCountLock;
 thread_local bool FieldContainerPtr::_ignore_change = false;
 
 FieldContainerPtrBase::FieldContainerPtrBase(FieldContainer* container, UInt16 parentEPos)
-    : _containerSize(container ? container->getType().getContainerSize() : UInt16(0)),
-      _parentEPos(parentEPos), _container(container)
+    : _containerSize(container ? container->getType().getContainerSize() : UInt16(0)), _parentEPos(parentEPos),
+      _container(container)
 {
 }
 
-TypeBase::TypeBase(char const* name, TypeBase const* parent) : _id(nextTypeId()), _name(name), _parent(parent)
-{
-}
+TypeBase::TypeBase(char const* name, TypeBase const* parent) : _id(nextTypeId()), _name(name), _parent(parent) {}
 
-FieldContainerType::FieldContainerType(char const* name, FieldContainerType const* parent,
-                                       UInt16 containerSize, FieldContainer* (*makePrototype)())
+FieldContainerType::FieldContainerType(char const* name, FieldContainerType const* parent, UInt16 containerSize,
+                                       FieldContainer* (*makePrototype)())
     : TypeBase(name, parent), _parent(parent), _prototype(makePrototype ? makePrototype() : nullptr),
       _containerSize(containerSize)
 {

@@ -1,8 +1,8 @@
 /// \file
 /// Field containers: reference-counted objects with public fields.
 ///
-/// A container class takes a few lines. Its generated-style base declares the fields and their masks, the
-/// class itself has the operations:
+/// A container class takes a few lines. Its generated-style base declares the fields and their masks, the class itself
+/// has the operations:
 ///
 /// \code
 /// class BlendChunkBase : public StateChunk
@@ -37,8 +37,8 @@
 
 #include <cstddef>
 
-/// Declares the field `name` of the given type and its mask `Name##FieldMask`; `index` counts from 0 in the
-/// class whose base is `Parent`. An initialiser may follow.
+/// Declares the field `name` of the given type and its mask `Name##FieldMask`; `index` counts from 0 in the class whose
+/// base is `Parent`. An initialiser may follow.
 #define OSG_FIELD(Parent, index, Name, name, ...)                                             \
     static constexpr ::osg::UInt16 Name##FieldId = Parent::FieldEnd + (index);                \
     static constexpr ::osg::BitVector Name##FieldMask = ::osg::BitVector(1) << Name##FieldId; \
@@ -82,9 +82,8 @@
 /// Define the type records that the two above declare.
 #define OSG_ABSTRACT_CONTAINER_TYPE(Class, Parent) \
     ::osg::FieldContainerType const Class::_type(#Class, &Parent::getClassType(), sizeof(Class), nullptr)
-#define OSG_CONTAINER_TYPE(Class, Parent)                                                        \
-    ::osg::FieldContainerType const Class::_type(#Class, &Parent::getClassType(), sizeof(Class), \
-                                                 &Class::makePrototype)
+#define OSG_CONTAINER_TYPE(Class, Parent) \
+    ::osg::FieldContainerType const Class::_type(#Class, &Parent::getClassType(), sizeof(Class), &Class::makePrototype)
 
 namespace osg
 {
@@ -104,13 +103,12 @@ class OPENSG_EXPORT FieldContainer
 
     /// A new container of the same type with this one's field values and reference count 0.
     ///
-    /// The copy's counted pointers hold no references: the caller adds one for each that is not null. Links
-    /// to the containers above (an image's or a core's `parents`, a node's `parent`) and attachments are not
-    /// taken over.
+    /// The copy's counted pointers hold no references: the caller adds one for each that is not null. Links to the
+    /// containers above (an image's or a core's `parents`, a node's `parent`) and attachments are not taken over.
     virtual FieldContainerPtr shallowCopy() const = 0;
 
-    /// Called after fields were written, by markChanged() (OriginExternal) or by a container that this one
-    /// uses (OriginChild). The default does nothing.
+    /// Called after fields were written, by markChanged() (OriginExternal) or by a container that this one uses
+    /// (OriginChild). The default does nothing.
     virtual void changed(BitVector mask, UInt32 origin);
 
     Int32 getRefCount() const { return _refCount; }
@@ -146,8 +144,8 @@ class OPENSG_EXPORT FieldContainerFactory
 /// Adds a reference. Null: nothing happens.
 OPENSG_EXPORT void addRef(FieldContainerPtr const& container);
 
-/// Takes a reference; at a count of 0 or below the container is destroyed, which gives back the references
-/// that it holds. So a container that nobody has counted yet is destroyed by it too. Null: nothing happens.
+/// Takes a reference; at a count of 0 or below the container is destroyed, which gives back the references that it
+/// holds. So a container that nobody has counted yet is destroyed by it too. Null: nothing happens.
 OPENSG_EXPORT void subRef(FieldContainerPtr const& container);
 
 /// Announces that the fields of `mask` were written: an entry in the thread's change list, then, unless
@@ -157,9 +155,9 @@ OPENSG_EXPORT void markChanged(FieldContainerPtr const& container, BitVector mas
 /// The untyped form of setRefdCP().
 OPENSG_EXPORT void setRefd(FieldContainerPtr& field, FieldContainerPtr value);
 
-/// Assigns to a counted field: the old target loses a reference, the field takes the value, the new target
-/// gets a reference. Equal pointers: nothing happens. Either may be null. The new target survives even if the
-/// old one held its only reference. Marks nothing.
+/// Assigns to a counted field: the old target loses a reference, the field takes the value, the new target gets a
+/// reference. Equal pointers: nothing happens. Either may be null. The new target survives even if the old one held its
+/// only reference. Marks nothing.
 template <class T>
 void setRefdCP(FCPtr<T>& field, std::common_type_t<FCPtr<T>> const& value)
 {

@@ -1,8 +1,8 @@
 /// \file
 /// Typed pointers to field containers.
 ///
-/// A typed pointer is a plain value: copying it counts nothing and keeps nothing alive. Containers live by
-/// the reference counts that addRef(), subRef() and setRefdCP() of OSGFieldContainer.h change.
+/// A typed pointer is a plain value: copying it counts nothing and keeps nothing alive. Containers live by the
+/// reference counts that addRef(), subRef() and setRefdCP() of OSGFieldContainer.h change.
 #pragma once
 
 #include "OSGBase.h"

@@ -5,16 +5,14 @@ namespace osg
 
 OSG_CONTAINER_TYPE(Image, FieldContainer);
 
-bool Image::set(UInt32 pixelFormat, Int32 newWidth, Int32 newHeight, Int32 depth, Int32 mipmapCount,
-                Int32 frameCount, double frameDelay, UInt8 const* data, Int32 dataType, bool allocate,
-                Int32 sideCount)
+bool Image::set(UInt32 pixelFormat, Int32 newWidth, Int32 newHeight, Int32 depth, Int32 mipmapCount, Int32 frameCount,
+                double frameDelay, UInt8 const* data, Int32 dataType, bool allocate, Int32 sideCount)
 {
     bool const plain = pixelFormat == FormatRGBA && dataType == TypeUInt8 && depth == 1 && mipmapCount == 1 &&
                        frameCount == 1 && frameDelay == 0.0 && sideCount == 1;
     if (!plain)
         newWidth = newHeight = 0;
-    std::size_t const bytes =
-        newWidth > 0 && newHeight > 0 ? std::size_t(newWidth) * std::size_t(newHeight) * 4 : 0;
+    std::size_t const bytes = newWidth > 0 && newHeight > 0 ? std::size_t(newWidth) * std::size_t(newHeight) * 4 : 0;
 
     if (data && allocate)
         pixels = std::vector<UInt8>(data, data + bytes);

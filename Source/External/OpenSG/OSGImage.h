@@ -10,8 +10,8 @@ namespace osg
 class OPENSG_EXPORT ImageBase : public FieldContainer
 {
   public:
-    /// The containers that use this image, once for each use. The parent field position of an entry is the
-    /// number of the field that holds the image.
+    /// The containers that use this image, once for each use. The parent field position of an entry is the number of
+    /// the field that holds the image.
     OSG_FIELD(FieldContainer, 0, Parents, parents, NotCopied<std::vector<FieldContainerPtr>>);
     /// Size in pixels.
     OSG_FIELD(FieldContainer, 1, Width, width, Int32) = 0;
@@ -23,8 +23,8 @@ class OPENSG_EXPORT ImageBase : public FieldContainer
     static constexpr UInt16 FieldEnd = FieldContainer::FieldEnd + 5;
 };
 
-/// A picture of four bytes a pixel (red, green, blue, alpha, colour premultiplied by alpha), rows bottom
-/// first and directly behind each other.
+/// A picture of four bytes a pixel (red, green, blue, alpha, colour premultiplied by alpha), rows bottom first and
+/// directly behind each other.
 class OPENSG_EXPORT Image : public ImageBase
 {
     OSG_CONTAINER(Image)
@@ -40,22 +40,18 @@ class OPENSG_EXPORT Image : public ImageBase
     /// \param newWidth,newHeight  in pixels; with 0 or a negative value the image has the size and no bytes
     /// \param depth,mipmapCount,frameCount,sideCount  1: one plain picture
     /// \param frameDelay  0.0
-    /// \param data  with `allocate`, bytes to copy, or null to leave the image's own bytes as they come;
-    ///     without, bytes that the image uses in place, which the caller keeps alive and lets it write to
+    /// \param data  with `allocate`, bytes to copy, or null to leave the image's own bytes as they come; without, bytes
+    ///     that the image uses in place, which the caller keeps alive and lets it write to
     /// \param dataType  TypeUInt8
     /// \param allocate  whether the image has bytes of its own
-    /// \return whether the image has bytes; for a format, type or extent other than those above it has size 0
-    ///     by 0 and none
+    /// \return whether the image has bytes; for a format, type or extent other than those above it has size 0 by 0 and
+    ///     none
     /// \throw std::bad_alloc, std::length_error if the bytes can't be had; the image is then as before
-    bool set(UInt32 pixelFormat, Int32 newWidth, Int32 newHeight, Int32 depth, Int32 mipmapCount,
-             Int32 frameCount, double frameDelay, UInt8 const* data, Int32 dataType, bool allocate,
-             Int32 sideCount);
+    bool set(UInt32 pixelFormat, Int32 newWidth, Int32 newHeight, Int32 depth, Int32 mipmapCount, Int32 frameCount,
+             double frameDelay, UInt8 const* data, Int32 dataType, bool allocate, Int32 sideCount);
 
     /// `externalPixels` if that isn't null, else the first of `pixels`, else null.
-    UInt8* pixelBuffer()
-    {
-        return externalPixels ? externalPixels : pixels.empty() ? nullptr : pixels.data();
-    }
+    UInt8* pixelBuffer() { return externalPixels ? externalPixels : pixels.empty() ? nullptr : pixels.data(); }
 
     /// Tells the containers in `parents`, each with the mask of the field that holds the image.
     void changed(BitVector mask, UInt32 origin) override;

@@ -32,8 +32,7 @@ class OPENSG_EXPORT ChunkMaterial : public ChunkMaterialBase
     /// The slot of a chunk that is to come behind the others.
     static constexpr Int32 AutoSlot = -2;
 
-    /// Appends a chunk, counted. Nothing happens for a null chunk or a slot other than AutoSlot. Marks
-    /// nothing.
+    /// Appends a chunk, counted. Nothing happens for a null chunk or a slot other than AutoSlot. Marks nothing.
     ///
     /// \return whether the chunk was added
     bool addChunk(StateChunkPtr const& chunk, Int32 slot);

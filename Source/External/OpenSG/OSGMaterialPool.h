@@ -21,9 +21,8 @@ class OPENSG_EXPORT MaterialPool : public MaterialPoolBase
     OSG_CONTAINER(MaterialPool)
 
   public:
-    /// Makes sure that `overlayRoot` holds a node. A new one is a group under the node that has this core, if
-    /// there is one, so that a search that starts at an overlay finds the pool. Marks what it makes and
-    /// changes.
+    /// Makes sure that `overlayRoot` holds a node. A new one is a group under the node that has this core, if there is
+    /// one, so that a search that starts at an overlay finds the pool. Marks what it makes and changes.
     void initOverlayRoot();
 
   protected:

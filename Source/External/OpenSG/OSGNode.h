@@ -30,8 +30,7 @@ class OPENSG_EXPORT NodeCore : public AttachmentContainer
     NotCopied<std::vector<NodePtr>> _parents;
 };
 
-/// A place in the tree. A node holds a reference on its core and on each child; the child's `parent` holds
-/// none.
+/// A place in the tree. A node holds a reference on its core and on each child; the child's `parent` holds none.
 class OPENSG_EXPORT Node : public AttachmentContainer
 {
     OSG_CONTAINER(Node)
@@ -47,12 +46,12 @@ class OPENSG_EXPORT Node : public AttachmentContainer
     /// Makes `newCore`, which may be null, this node's core. Marks nothing.
     void setCore(NodeCorePtr const& newCore);
 
-    /// Appends a child, which leaves the parent that it had. Nothing happens for null and for a node that
-    /// would become its own descendant. Marks nothing: the caller marks this node with ChildrenFieldMask.
+    /// Appends a child, which leaves the parent that it had. Nothing happens for null and for a node that would become
+    /// its own descendant. Marks nothing: the caller marks this node with ChildrenFieldMask.
     void addChild(NodePtr const& child);
 
-    /// Takes a child out, and with it the reference on it. Nothing happens if it is none of this node's
-    /// children. Marks nothing.
+    /// Takes a child out, and with it the reference on it. Nothing happens if it is none of this node's children. Marks
+    /// nothing.
     void subChild(NodePtr const& child);
 
   protected:
@@ -100,9 +99,9 @@ struct Action
     };
 };
 
-/// Visits a node and all below it, hidden ones too: a node before its children, the children from first to
-/// last. A null start node leads to no visit. The callback may change the children of the nodes that it sees,
-/// but destroys none of these.
+/// Visits a node and all below it, hidden ones too: a node before its children, the children from first to last. A null
+/// start node leads to no visit. The callback may change the children of the nodes that it sees, but destroys none of
+/// these.
 /// \return Quit if a callback returned it, which ends the walk at once; else Continue.
 OPENSG_EXPORT Action::ResultE traverse(NodePtr const& start,
                                        std::function<Action::ResultE(NodePtr const&)> const& callback);

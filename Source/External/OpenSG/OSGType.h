@@ -37,26 +37,25 @@ class OPENSG_EXPORT TypeBase
     TypeBase const* _parent;
 };
 
-/// The type record of a container class. There is one for each class, made when the library that defines the
-/// class is loaded; OSG_CONTAINER and OSG_CONTAINER_TYPE declare and define it.
+/// The type record of a container class. There is one for each class, made when the library that defines the class is
+/// loaded; OSG_CONTAINER and OSG_CONTAINER_TYPE declare and define it.
 class OPENSG_EXPORT FieldContainerType : public TypeBase
 {
   public:
-    /// \param makePrototype makes the container that all new ones are copied from; null for an abstract
-    ///     class.
+    /// \param makePrototype makes the container that all new ones are copied from; null for an abstract class.
     FieldContainerType(char const* name, FieldContainerType const* parent, UInt16 containerSize,
                        FieldContainer* (*makePrototype)());
     ~FieldContainerType();
 
-    /// The container that new ones are copied from, null for an abstract class. Writing its fields changes
-    /// the defaults of every container made afterwards.
+    /// The container that new ones are copied from, null for an abstract class. Writing its fields changes the defaults
+    /// of every container made afterwards.
     FieldContainerPtr getPrototype() const;
 
     /// A container with the prototype's field values and reference count 0; null without a prototype.
     FieldContainerPtr createContainer() const;
 
-    /// The group under which a container keeps an attachment of this type. A type whose parent is abstract
-    /// opens a group, which the types derived from it share.
+    /// The group under which a container keeps an attachment of this type. A type whose parent is abstract opens a
+    /// group, which the types derived from it share.
     UInt32 getGroupId() const;
 
     /// Size of a container in bytes.

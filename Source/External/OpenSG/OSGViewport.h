@@ -13,8 +13,8 @@ class OPENSG_EXPORT ViewportBase : public FieldContainer
   public:
     /// Counted.
     OSG_FIELD(FieldContainer, 0, Camera, camera, CameraPtr);
-    /// What is shown in front of the scene, in drawing order. The entries hold no references: a foreground
-    /// leaves the list before it is destroyed.
+    /// What is shown in front of the scene, in drawing order. The entries hold no references: a foreground leaves the
+    /// list before it is destroyed.
     OSG_FIELD(FieldContainer, 1, Foregrounds, foregrounds, std::vector<ForegroundPtr>);
     /// Size in pixels.
     OSG_FIELD(FieldContainer, 2, PixelWidth, pixelWidth, Int32) = 0;
@@ -42,10 +42,9 @@ class OPENSG_EXPORT Viewport : public ViewportBase
 
     /// The part of the layout of foregrounds that fills the viewport.
     ///
-    /// It is the tile of the first TileCameraDecorator among the camera decorators. Without one it is the
-    /// whole layout, as large as the viewport; a sheared stereo decorator directly over a perspective camera
-    /// makes it wider by the camera's `aspect` if that is above 1 and higher by its inverse if it is below,
-    /// cut to whole pixels.
+    /// It is the tile of the first TileCameraDecorator among the camera decorators. Without one it is the whole layout,
+    /// as large as the viewport; a sheared stereo decorator directly over a perspective camera makes it wider by the
+    /// camera's `aspect` if that is above 1 and higher by its inverse if it is below, cut to whole pixels.
     LayoutArea getLayoutArea();
 
     /// Draws the active foregrounds in list order; null entries are passed over. The action must not be null.

@@ -7,8 +7,8 @@
 namespace ztNumeric
 {
 
-/// A value without its fraction: truncated towards zero, the nearest int for a value beyond the range of int,
-/// 0 for NaN. A float argument converts to double exactly.
+/// A value without its fraction: truncated towards zero, the nearest int for a value beyond the range of int, 0 for
+/// NaN. A float argument converts to double exactly.
 inline int truncate(double value)
 {
     constexpr double lowest = std::numeric_limits<int>::min();

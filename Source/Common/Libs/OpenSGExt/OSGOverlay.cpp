@@ -5,11 +5,10 @@ namespace osg
 
 namespace
 {
-constexpr BitVector pictureFields = OverlayBase::ContentTypeFieldMask | OverlayBase::ImageFieldMask |
-                                    OverlayBase::TextFieldMask | OverlayBase::FontFieldMask |
-                                    OverlayBase::TextColorFieldMask | OverlayBase::BackgroundColorFieldMask |
-                                    OverlayBase::BackgroundTransparencyFieldMask |
-                                    OverlayBase::SizeModeFieldMask | OverlayBase::SizeFieldMask;
+constexpr BitVector pictureFields =
+    OverlayBase::ContentTypeFieldMask | OverlayBase::ImageFieldMask | OverlayBase::TextFieldMask |
+    OverlayBase::FontFieldMask | OverlayBase::TextColorFieldMask | OverlayBase::BackgroundColorFieldMask |
+    OverlayBase::BackgroundTransparencyFieldMask | OverlayBase::SizeModeFieldMask | OverlayBase::SizeFieldMask;
 }
 
 OSG_CONTAINER_TYPE(Overlay, NodeCore);

@@ -40,11 +40,10 @@ class ZTOPENSGEXT_EXPORT OverlayBase : public NodeCore
     /// A colour whose luminance is the background's transparency.
     OSG_FIELD(NodeCore, 6, BackgroundTransparency, backgroundTransparency, Color3f) = {1.0f, 1.0f, 1.0f};
     OSG_FIELD(NodeCore, 7, SizeMode, sizeMode, Int32) = SizeAbsolute;
-    /// Relative: fraction of the target's height. Absolute: font size in points, truncated, of a text; height
-    /// in DPI-independent pixels of a picture.
+    /// Relative: fraction of the target's height. Absolute: font size in points, truncated, of a text; height in
+    /// DPI-independent pixels of a picture.
     OSG_FIELD(NodeCore, 8, Size, size, float) = 12.0f;
-    /// The point at this fraction of the overlay's size lies on the point at the same fraction of the
-    /// target's.
+    /// The point at this fraction of the overlay's size lies on the point at the same fraction of the target's.
     OSG_FIELD(NodeCore, 9, Anchor, anchor, Vec2f);
     /// Shift from there in DPI-independent pixels, x right, y up.
     OSG_FIELD(NodeCore, 10, Offset, offset, Vec2f);
@@ -61,8 +60,8 @@ class ZTOPENSGEXT_EXPORT Overlay : public OverlayBase
     OSG_CONTAINER(Overlay)
 
   public:
-    /// Raises `dirty` if the mask names a field that decides the picture, unless it names `dirty` too: the
-    /// writer of `dirty` has then said what it is to be. `anchor`, `offset` and `foreground` alone leave it.
+    /// Raises `dirty` if the mask names a field that decides the picture, unless it names `dirty` too: the writer of
+    /// `dirty` has then said what it is to be. `anchor`, `offset` and `foreground` alone leave it.
     void changed(BitVector mask, UInt32 origin) override;
 
   protected:

@@ -16,8 +16,7 @@ class ZTOPENSGEXT_EXPORT PolygonForeground2Base : public Foreground
     OSG_FIELD(Foreground, 0, Material, material, MaterialPtr);
     /// A texture coordinate for each corner; (0, 0) is the first pixel of the image's bytes.
     OSG_FIELD(Foreground, 1, TexCoords, texCoords, MField<Vec3f>);
-    /// The corners, in pixels of the size that the viewport's overlays are laid out for, y up from the lower
-    /// edge.
+    /// The corners, in pixels of the size that the viewport's overlays are laid out for, y up from the lower edge.
     OSG_FIELD(Foreground, 2, Positions, positions, MField<Pnt2f>);
     /// 0: positions are pixels.
     OSG_FIELD(Foreground, 3, NormalizedX, normalizedX, bool) = false;

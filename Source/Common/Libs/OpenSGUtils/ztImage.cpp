@@ -204,12 +204,11 @@ bool blendImage(osg::ImagePtr const& target, osg::ImagePtr const& source, osg::V
     std::vector<UInt8> copy;
     if (sourceBytes == target->pixelBuffer())
     {
-        copy.assign(sourceBytes,
-                    sourceBytes + std::size_t(source->width) * std::size_t(source->height) * channels);
+        copy.assign(sourceBytes, sourceBytes + std::size_t(source->width) * std::size_t(source->height) * channels);
         sourceBytes = copy.data();
     }
-    bool const asItIs = color.r == 1.0f && color.g == 1.0f && color.b == 1.0f && color.a == 1.0f &&
-                        opacity == 1.0f && additive == 0.0f;
+    bool const asItIs =
+        color.r == 1.0f && color.g == 1.0f && color.b == 1.0f && color.a == 1.0f && opacity == 1.0f && additive == 0.0f;
     Modulation const modulation = modulationOf(color, opacity, additive);
     for (std::size_t row = 0; row < y.length; ++row)
     {

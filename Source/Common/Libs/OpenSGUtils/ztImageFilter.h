@@ -11,16 +11,14 @@ class ZTOPENSGUTILS_EXPORT ztImageGenericFilter
     explicit ztImageGenericFilter(double radius) : support(radius) {}
     virtual ~ztImageGenericFilter() = default;
 
-    /// The weight of a sample at a distance of `x` from the point that is asked for, in pixels of the coarser
-    /// image.
+    /// The weight of a sample at a distance of `x` from the point that is asked for, in pixels of the coarser image.
     virtual double filter(double x) const = 0;
 
     /// Radius: the filter is 0 from this distance on.
     double support;
 };
 
-/// The triangle filter, `support` − |x| within the support and 0 elsewhere. Its support is 1.0 unless
-/// written.
+/// The triangle filter, `support` − |x| within the support and 0 elsewhere. Its support is 1.0 unless written.
 class ZTOPENSGUTILS_EXPORT ztImageBilinearFilter : public ztImageGenericFilter
 {
   public:

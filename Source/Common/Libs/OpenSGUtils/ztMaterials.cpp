@@ -12,13 +12,11 @@ osg::NodePtr findMaterialPool(osg::NodePtr const& start, bool wholeTree, bool re
         top = top->parent;
 
     osg::NodePtr found;
-    osg::traverse(top,
-                  [&](osg::NodePtr const& node)
-                  {
-                      if (osg::dynamicCast<osg::MaterialPool>(node->core) != osg::NullFC)
-                          found = node;
-                      return found != osg::NullFC || !recursive ? osg::Action::Quit : osg::Action::Continue;
-                  });
+    osg::traverse(top, [&](osg::NodePtr const& node) {
+        if (osg::dynamicCast<osg::MaterialPool>(node->core) != osg::NullFC)
+            found = node;
+        return found != osg::NullFC || !recursive ? osg::Action::Quit : osg::Action::Continue;
+    });
     return found;
 }
 

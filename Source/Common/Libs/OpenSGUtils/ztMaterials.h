@@ -8,8 +8,8 @@
 namespace ztMaterials
 {
 
-/// The node whose core is the scene's osg::MaterialPool: the first one of a walk that sees a node before its
-/// children and the children in their order.
+/// The node whose core is the scene's osg::MaterialPool: the first one of a walk that sees a node before its children
+/// and the children in their order.
 ///
 /// \param start  where to search; null finds nothing
 /// \param wholeTree  search from the topmost node above `start` rather than from `start` itself

@@ -18,8 +18,7 @@ bool hasOverlays()
 std::vector<osg::ForegroundPtr> visibleForegrounds()
 {
     std::vector<osg::ForegroundPtr> foregrounds;
-    traverseVisibleOverlays([&foregrounds](OverlayPtr& overlay)
-                            { foregrounds.push_back(overlay->foreground); });
+    traverseVisibleOverlays([&foregrounds](OverlayPtr& overlay) { foregrounds.push_back(overlay->foreground); });
     return foregrounds;
 }
 
@@ -45,8 +44,7 @@ void removeOverlays(ViewportPtr& viewport)
     toRemove.reserve(removed.size());
     for (osg::ForegroundPtr const& foreground : removed)
         ++toRemove[foreground.get()];
-    auto const isToGo = [&toRemove](osg::ForegroundPtr const& entry)
-    {
+    auto const isToGo = [&toRemove](osg::ForegroundPtr const& entry) {
         auto const found = toRemove.find(entry.get());
         return found != toRemove.end() && found->second > 0 && found->second-- > 0;
     };

@@ -72,8 +72,7 @@ void blendOverlay(OverlayPtr const& overlay, ImagePtr const& target, int width, 
 
 } // namespace
 
-void blendOverlaysOntoImage(std::vector<OverlayPtr> const& overlays, ImagePtr const& image,
-                            ViewportPtr const& viewport)
+void blendOverlaysOntoImage(std::vector<OverlayPtr> const& overlays, ImagePtr const& image, ViewportPtr const& viewport)
 {
     if (image == osg::NullFC)
         return;

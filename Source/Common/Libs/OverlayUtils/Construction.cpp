@@ -79,8 +79,7 @@ bool isSwitch(osg::NodePtr const& node)
 
 void initOverlay(osg::OverlayPtr overlay)
 {
-    osg::ImagePtr const image =
-        overlay->contentType == osg::Overlay::ContentText ? createBlankImage() : overlay->image;
+    osg::ImagePtr const image = overlay->contentType == osg::Overlay::ContentText ? createBlankImage() : overlay->image;
     osg::setRefdCP(overlay->foreground, createForeground(createMaterial(image)));
     osg::markChanged(overlay, osg::AllFieldsMask);
 }

@@ -37,8 +37,7 @@ void setImage(osg::PolygonForeground2Ptr const& foreground, osg::ImagePtr const&
 
 void clearImage(osg::ImagePtr const& image)
 {
-    image->set(osg::Image::FormatRGBA, blankSize, blankSize, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8,
-               true, 1);
+    image->set(osg::Image::FormatRGBA, blankSize, blankSize, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
     std::memset(image->pixelBuffer(), 0, blankSize * blankSize * 4);
     osg::markChanged(image, osg::AllFieldsMask);
 }

@@ -1,8 +1,7 @@
 /// \file
 /// The place of the shown image: the texture chunk that comes first in the foreground's material.
 ///
-/// The foreground's material is an osg::ChunkMaterial whose first chunk, if it has any, is an
-/// osg::TextureChunk.
+/// The foreground's material is an osg::ChunkMaterial whose first chunk, if it has any, is an osg::TextureChunk.
 #pragma once
 
 #include "OSGOverlay.h"
@@ -22,11 +21,11 @@ void clearImage(osg::ImagePtr const& image);
 /// A new image as clearImage() leaves it.
 osg::ImagePtr createBlankImage();
 
-/// Brings the slot in line with `contentType`: a picture stands in it, and a text never renders into the
-/// picture. The overlay has a foreground.
+/// Brings the slot in line with `contentType`: a picture stands in it, and a text never renders into the picture. The
+/// overlay has a foreground.
 ///
-/// \return the image in the slot, borrowed. Null for a picture that is null, and for a text that has a
-///     picture beside an empty slot.
+/// \return the image in the slot, borrowed. Null for a picture that is null, and for a text that has a picture beside
+///     an empty slot.
 osg::ImagePtr syncImage(osg::OverlayPtr const& overlay);
 
 /// Builds image, chunks, material and foreground of a core.

@@ -19,27 +19,23 @@ bool isCalled(osg::NodePtr const& node, char const* name)
 osg::NodePtr findOverlay(char const* name)
 {
     osg::NodePtr found;
-    osg::traverse(getOverlayPoolRoot(),
-                  [&found, name](osg::NodePtr const& node)
-                  {
-                      if (!isCalled(node, name))
-                          return osg::Action::Continue;
-                      found = node;
-                      return osg::Action::Quit;
-                  });
+    osg::traverse(getOverlayPoolRoot(), [&found, name](osg::NodePtr const& node) {
+        if (!isCalled(node, name))
+            return osg::Action::Continue;
+        found = node;
+        return osg::Action::Quit;
+    });
     return found;
 }
 
 std::vector<osg::NodePtr> findOverlays(char const* name)
 {
     std::vector<osg::NodePtr> found;
-    osg::traverse(getOverlayPoolRoot(),
-                  [&found, name](osg::NodePtr const& node)
-                  {
-                      if (isCalled(node, name))
-                          found.push_back(node);
-                      return osg::Action::Continue;
-                  });
+    osg::traverse(getOverlayPoolRoot(), [&found, name](osg::NodePtr const& node) {
+        if (isCalled(node, name))
+            found.push_back(node);
+        return osg::Action::Continue;
+    });
     return found;
 }
 

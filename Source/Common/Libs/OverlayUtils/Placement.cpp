@@ -15,9 +15,8 @@ namespace
 PixelSize pictureSize(PixelSize image, int sizeMode, float size, int targetHeight)
 {
     float const aspect = image.width / image.height;
-    float const height = sizeMode == osg::Overlay::SizeAbsolute
-                             ? float(double(size) * ztPlatform::getDpiScaleY())
-                             : float(targetHeight) * size;
+    float const height = sizeMode == osg::Overlay::SizeAbsolute ? float(double(size) * ztPlatform::getDpiScaleY())
+                                                                : float(targetHeight) * size;
     return {aspect * height, height};
 }
 
@@ -37,9 +36,8 @@ bool isSame(float a, float b)
 
 bool isAt(osg::MField<osg::Pnt2f> const& positions, PixelRectangle const& rectangle)
 {
-    return positions.size() > 2 && isSame(rectangle.x0, positions[0].x) &&
-           isSame(rectangle.y0, positions[0].y) && isSame(rectangle.x1, positions[2].x) &&
-           isSame(rectangle.y1, positions[2].y);
+    return positions.size() > 2 && isSame(rectangle.x0, positions[0].x) && isSame(rectangle.y0, positions[0].y) &&
+           isSame(rectangle.x1, positions[2].x) && isSame(rectangle.y1, positions[2].y);
 }
 
 } // namespace

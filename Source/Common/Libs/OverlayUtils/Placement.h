@@ -1,6 +1,6 @@
 /// \file
-/// How large an overlay is and where it comes to lie. Single precision, rounded after each operation, in the
-/// grouping written here: an unmoved overlay is recognised by its corners.
+/// How large an overlay is and where it comes to lie. Single precision, rounded after each operation, in the grouping
+/// written here: an unmoved overlay is recognised by its corners.
 #pragma once
 
 #include "OSGOverlay.h"

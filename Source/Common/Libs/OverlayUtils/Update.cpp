@@ -79,12 +79,10 @@ void updateOverlay(osg::NodePtr const& node, ViewportPtr const& viewport)
 
 void updateAllOverlays(ViewportPtr const& viewport)
 {
-    osg::traverse(getOverlayPoolRoot(),
-                  [&viewport](osg::NodePtr const& node)
-                  {
-                      updateOverlay(node, viewport);
-                      return osg::Action::Continue;
-                  });
+    osg::traverse(getOverlayPoolRoot(), [&viewport](osg::NodePtr const& node) {
+        updateOverlay(node, viewport);
+        return osg::Action::Continue;
+    });
 }
 
 } // namespace ztOverlays

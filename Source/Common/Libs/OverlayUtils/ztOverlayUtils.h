@@ -1,9 +1,9 @@
 /// \file
-/// Screen overlays: text labels and pictures that stay fixed in a viewport, in front of the rendered scene,
-/// and that can be stamped onto an image.
+/// Screen overlays: text labels and pictures that stay fixed in a viewport, in front of the rendered scene, and that
+/// can be stamped onto an image.
 ///
-/// An overlay is a node with an osg::Overlay core under the scene's pool root. The host writes the core's
-/// fields and marks what it wrote; the library renders, places, shows and composites.
+/// An overlay is a node with an osg::Overlay core under the scene's pool root. The host writes the core's fields and
+/// marks what it wrote; the library renders, places, shows and composites.
 ///
 /// \code
 /// osg::NodePtr node = ztOverlays::createOverlay(ztOverlays::getOverlayPoolRoot());
@@ -13,10 +13,9 @@
 /// ztOverlays::updateAllOverlays(viewport);
 /// \endcode
 ///
-/// Sizes and coordinates are pixels of the target, which is a viewport or an image, y up from the lower edge.
-/// Pointers in arguments and results are borrowed. Nothing here reports an error: a null argument, a node
-/// that is no overlay and a missing pool, image or viewport make an operation do less or nothing. Everything
-/// runs on the calling thread.
+/// Sizes and coordinates are pixels of the target, which is a viewport or an image, y up from the lower edge. Pointers
+/// in arguments and results are borrowed. Nothing here reports an error: a null argument, a node that is no overlay and
+/// a missing pool, image or viewport make an operation do less or nothing. Everything runs on the calling thread.
 ///
 /// Text needs the host's QGuiApplication; without one a text overlay is blank and stays `dirty`.
 #pragma once
@@ -39,8 +38,8 @@ using osg::ViewportPtr;
 /// \name Pool
 /// \{
 
-/// The node under which the current scene's overlays hang. It is made if the scene has a material pool and no
-/// such node yet; null without a pool.
+/// The node under which the current scene's overlays hang. It is made if the scene has a material pool and no such node
+/// yet; null without a pool.
 ZTOVERLAYUTILS_EXPORT osg::NodePtr getOverlayPoolRoot();
 
 /// The pool root of the scene that a node belongs to, null if there is none or none has been made.
@@ -53,14 +52,14 @@ ZTOVERLAYUTILS_EXPORT void reverseOverlaysSGOrder(osg::NodePtr const& node);
 /// \name Making
 /// \{
 
-/// A new overlay with default settings and a blank image, appended to the children of `parent`. Under a
-/// parent with an osg::Switch core it starts hidden (`travMask` 0), else shown. A null parent: the overlay
-/// hangs nowhere, its count is 0 and it is the caller's.
+/// A new overlay with default settings and a blank image, appended to the children of `parent`. Under a parent with an
+/// osg::Switch core it starts hidden (`travMask` 0), else shown. A null parent: the overlay hangs nowhere, its count is
+/// 0 and it is the caller's.
 ZTOVERLAYUTILS_EXPORT osg::NodePtr createOverlay(osg::NodePtr const& parent);
 
-/// A new overlay with the settings of another, appended to the children of `parent`, which may be null. A
-/// picture is shared; a text's rendering is not, and the duplicate is blank until it is rendered. Its
-/// foreground is active unless a node above is inactive. Name, visibility and children are not taken over.
+/// A new overlay with the settings of another, appended to the children of `parent`, which may be null. A picture is
+/// shared; a text's rendering is not, and the duplicate is blank until it is rendered. Its foreground is active unless
+/// a node above is inactive. Name, visibility and children are not taken over.
 /// \return null, and nothing happens, if `source` is null
 ZTOVERLAYUTILS_EXPORT osg::NodePtr duplicateOverlay(osg::NodePtr const& parent, OverlayPtr const& source);
 
@@ -68,8 +67,8 @@ ZTOVERLAYUTILS_EXPORT osg::NodePtr duplicateOverlay(osg::NodePtr const& parent, 
 /// \name Lookup
 ///
 /// Both search the current scene's pool, hidden nodes and nodes that are no overlays too, in the order of
-/// osg::traverse(), and compare names as ztNodeUtils::getName() gives them byte by byte: the node's own, else
-/// its core's, else that of the core's type. The name must not be null.
+/// osg::traverse(), and compare names as ztNodeUtils::getName() gives them byte by byte: the node's own, else its
+/// core's, else that of the core's type. The name must not be null.
 /// \{
 
 /// The first node of a name, or null.
@@ -82,13 +81,11 @@ ZTOVERLAYUTILS_EXPORT std::vector<osg::NodePtr> findOverlays(char const* name);
 /// \name Rendering
 /// \{
 
-/// Renders a text overlay anew for a target of a size, clears `dirty`, and places the overlay. A picture
-/// needs no rendering and the rest happens. A text that has nothing to draw (no text, a font size below one
-/// point, no QGuiApplication) becomes blank, stays as dirty as it was and isn't placed. A rendering that
-/// would take more than 2 GiB, or that Qt can't allocate, leaves an image of 0 by 0. An overlay without a
-/// foreground gets one.
-ZTOVERLAYUTILS_EXPORT void updateOverlayImage(OverlayPtr const& overlay, int viewportWidth,
-                                              int viewportHeight);
+/// Renders a text overlay anew for a target of a size, clears `dirty`, and places the overlay. A picture needs no
+/// rendering and the rest happens. A text that has nothing to draw (no text, a font size below one point, no
+/// QGuiApplication) becomes blank, stays as dirty as it was and isn't placed. A rendering that would take more than 2
+/// GiB, or that Qt can't allocate, leaves an image of 0 by 0. An overlay without a foreground gets one.
+ZTOVERLAYUTILS_EXPORT void updateOverlayImage(OverlayPtr const& overlay, int viewportWidth, int viewportHeight);
 
 /// The same for a node's overlay and the viewport's own size in pixels.
 ZTOVERLAYUTILS_EXPORT void updateOverlayImage(osg::NodePtr const& node, ViewportPtr const& viewport);
@@ -97,21 +94,19 @@ ZTOVERLAYUTILS_EXPORT void updateOverlayImage(osg::NodePtr const& node, Viewport
 /// \name Size and placement
 /// \{
 
-/// The size that the overlays of a viewport are laid out for: its own size in pixels, or the full size of the
-/// first osg::TileCameraDecorator among its camera decorators. A sheared stereo decorator directly over a
-/// perspective camera widens it by the camera's `aspect` if that is above 1 and heightens it by its inverse
-/// if it is below. A null viewport gives 0 by 0.
+/// The size that the overlays of a viewport are laid out for: its own size in pixels, or the full size of the first
+/// osg::TileCameraDecorator among its camera decorators. A sheared stereo decorator directly over a perspective camera
+/// widens it by the camera's `aspect` if that is above 1 and heightens it by its inverse if it is below. A null
+/// viewport gives 0 by 0.
 ZTOVERLAYUTILS_EXPORT void getViewportSize(ViewportPtr const& viewport, int& width, int& height);
 
-/// Places an overlay on a target of a size: writes the foreground's `positions`, and marks them, if a corner
-/// has moved by more than 1e-6.
+/// Places an overlay on a target of a size: writes the foreground's `positions`, and marks them, if a corner has moved
+/// by more than 1e-6.
 ///
-/// With a size of w by h the lower left corner is at (width × ax − ax × w + ox, height × ay − ay × h + oy),
-/// where a is the `anchor` and o the `offset` times the DPI scales. A text has the size of its image. A
-/// picture has the height `size` × DPI scale or `size` × target height, and its own proportions. Nothing
-/// happens without a foreground.
-ZTOVERLAYUTILS_EXPORT void updateOverlayPosition(OverlayPtr const& overlay, int viewportWidth,
-                                                 int viewportHeight);
+/// With a size of w by h the lower left corner is at (width × ax − ax × w + ox, height × ay − ay × h + oy), where a is
+/// the `anchor` and o the `offset` times the DPI scales. A text has the size of its image. A picture has the height
+/// `size` × DPI scale or `size` × target height, and its own proportions. Nothing happens without a foreground.
+ZTOVERLAYUTILS_EXPORT void updateOverlayPosition(OverlayPtr const& overlay, int viewportWidth, int viewportHeight);
 
 /// The same for a node's overlay and the size from getViewportSize().
 ZTOVERLAYUTILS_EXPORT void updateOverlayPosition(osg::NodePtr const& node, ViewportPtr const& viewport);
@@ -120,8 +115,8 @@ ZTOVERLAYUTILS_EXPORT void updateOverlayPosition(osg::NodePtr const& node, Viewp
 /// \name Update
 /// \{
 
-/// Brings an overlay up to date for a target of a size: updateOverlayImage() if it is `dirty`, or if its size
-/// is relative and its image hasn't the height that follows from it; else updateOverlayPosition().
+/// Brings an overlay up to date for a target of a size: updateOverlayImage() if it is `dirty`, or if its size is
+/// relative and its image hasn't the height that follows from it; else updateOverlayPosition().
 ZTOVERLAYUTILS_EXPORT void updateOverlay(OverlayPtr const& overlay, int viewportWidth, int viewportHeight);
 
 /// The same for a node's overlay and the size from getViewportSize().
@@ -134,13 +129,13 @@ ZTOVERLAYUTILS_EXPORT void updateAllOverlays(ViewportPtr const& viewport);
 /// \name Visibility
 /// \{
 
-/// Brings the `active` flag of a node's foreground in line: true exactly if the node's `travMask` is
-/// 0xFFFFFFFF and no node above is inactive. Marks the flag in any case.
+/// Brings the `active` flag of a node's foreground in line: true exactly if the node's `travMask` is 0xFFFFFFFF and no
+/// node above is inactive. Marks the flag in any case.
 ZTOVERLAYUTILS_EXPORT void updateVisibility(osg::NodePtr const& node);
 
-/// Calls the callback with each visible overlay of the current scene's pool: those whose `travMask` and that
-/// of all nodes up to the pool root is 0xFFFFFFFF. A node comes before its children, and the children from
-/// last to first. The callback may change the children of the nodes that it sees, but destroys none of these.
+/// Calls the callback with each visible overlay of the current scene's pool: those whose `travMask` and that of all
+/// nodes up to the pool root is 0xFFFFFFFF. A node comes before its children, and the children from last to first. The
+/// callback may change the children of the nodes that it sees, but destroys none of these.
 ///
 /// \throw std::bad_function_call if the callback is empty and there is a visible overlay
 ZTOVERLAYUTILS_EXPORT void traverseVisibleOverlays(std::function<void(OverlayPtr&)> const& callback);
@@ -153,28 +148,28 @@ ZTOVERLAYUTILS_EXPORT void getAllVisibleOverlays(std::vector<OverlayPtr>& overla
 /// \{
 
 /// Puts the foregrounds of the visible overlays at the front of the viewport's `foregrounds`, in the order of
-/// traverseVisibleOverlays(), whether they are there already or not. The entries hold no references. Marks
-/// the list, even if no overlay is visible; nothing happens if the pool has no nodes at all or the viewport
-/// is null. The cost is linear in overlays plus entries.
+/// traverseVisibleOverlays(), whether they are there already or not. The entries hold no references. Marks the list,
+/// even if no overlay is visible; nothing happens if the pool has no nodes at all or the viewport is null. The cost is
+/// linear in overlays plus entries.
 ZTOVERLAYUTILS_EXPORT void addOverlays(ViewportPtr& viewport);
 
-/// Takes the first entry of each visible overlay's foreground out of the viewport's `foregrounds`; an overlay
-/// that has become hidden since keeps its entry. Marks and costs as addOverlays().
+/// Takes the first entry of each visible overlay's foreground out of the viewport's `foregrounds`; an overlay that has
+/// become hidden since keeps its entry. Marks and costs as addOverlays().
 ZTOVERLAYUTILS_EXPORT void removeOverlays(ViewportPtr& viewport);
 
-/// Draws the foregrounds of the visible overlays, active or not, in the order of traverseVisibleOverlays().
-/// Neither pointer may be null.
+/// Draws the foregrounds of the visible overlays, active or not, in the order of traverseVisibleOverlays(). Neither
+/// pointer may be null.
 ZTOVERLAYUTILS_EXPORT void drawOverlays(osg::DrawActionBase* action, osg::Viewport* viewport);
 
 /// \}
 /// \name Image
 /// \{
 
-/// Stamps overlays onto an image, in list order, each over those before it: lays them out for the image's
-/// size, blends each one on, and updates them for the viewport's own size in pixels. A null viewport: they
-/// stay laid out for the image. Null entries are passed over; whether an overlay is visible plays no part.
-ZTOVERLAYUTILS_EXPORT void blendOverlaysOntoImage(std::vector<OverlayPtr> const& overlays,
-                                                  ImagePtr const& image, ViewportPtr const& viewport);
+/// Stamps overlays onto an image, in list order, each over those before it: lays them out for the image's size, blends
+/// each one on, and updates them for the viewport's own size in pixels. A null viewport: they stay laid out for the
+/// image. Null entries are passed over; whether an overlay is visible plays no part.
+ZTOVERLAYUTILS_EXPORT void blendOverlaysOntoImage(std::vector<OverlayPtr> const& overlays, ImagePtr const& image,
+                                                  ViewportPtr const& viewport);
 
 /// \}
 

@@ -11,8 +11,8 @@ namespace ztPlatform
 ZTUTILS_EXPORT double getDpiScaleX();
 ZTUTILS_EXPORT double getDpiScaleY();
 
-/// Sets both scales, for all threads. What the host shows has to be updated by the host: a relative text
-/// overlay takes a new scale into account when it is `dirty`.
+/// Sets both scales, for all threads. What the host shows has to be updated by the host: a relative text overlay takes
+/// a new scale into account when it is `dirty`.
 ///
 /// \return false, and the scales stay as they are, if one of the two is not above 0 and finite
 ZTUTILS_EXPORT bool setDpiScale(double x, double y);

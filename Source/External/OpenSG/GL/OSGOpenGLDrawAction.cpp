@@ -144,10 +144,8 @@ bool isMipmapping(UInt32 filter)
 
 void setFilters(TextureChunk const& chunk, bool isTexelForPixel)
 {
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
-                    isTexelForPixel ? GL_NEAREST : GLint(chunk.minFilter));
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER,
-                    isTexelForPixel ? GL_NEAREST : GLint(chunk.magFilter));
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, isTexelForPixel ? GL_NEAREST : GLint(chunk.minFilter));
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, isTexelForPixel ? GL_NEAREST : GLint(chunk.magFilter));
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GLint(chunk.wrapS));
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GLint(chunk.wrapT));
 }
@@ -178,13 +176,12 @@ bool isAsLarge(float extent, Int32 imageExtent)
     return extent + rounding >= float(imageExtent) && extent + rounding < float(imageExtent) + 1.0f;
 }
 
-bool isTexelForPixel(TexturedPolygon const& polygon, Image const& image, LayoutArea const& area,
-                     Viewport& viewport)
+bool isTexelForPixel(TexturedPolygon const& polygon, Image const& image, LayoutArea const& area, Viewport& viewport)
 {
     Pnt2f const low = polygon.positions[0], high = polygon.positions[2];
     return area.right - area.left == float(viewport.getPixelWidth()) &&
-           area.top - area.bottom == float(viewport.getPixelHeight()) &&
-           isAsLarge(high.x - low.x, image.width) && isAsLarge(high.y - low.y, image.height);
+           area.top - area.bottom == float(viewport.getPixelHeight()) && isAsLarge(high.x - low.x, image.width) &&
+           isAsLarge(high.y - low.y, image.height);
 }
 
 /// From the polygon's first corner to a coordinate that is `extent` away from it, to one that is `pixels`
@@ -250,8 +247,7 @@ OpenGLDrawAction::Context::Context(void* current) : handle(current)
     glEnableVertexAttribArray(0);
     glEnableVertexAttribArray(1);
     glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, sizeof(Vertex), nullptr);
-    glVertexAttribPointer(1, 2, GL_FLOAT, GL_FALSE, sizeof(Vertex),
-                          reinterpret_cast<void*>(offsetof(Vertex, s)));
+    glVertexAttribPointer(1, 2, GL_FLOAT, GL_FALSE, sizeof(Vertex), reinterpret_cast<void*>(offsetof(Vertex, s)));
 }
 
 void OpenGLDrawAction::Context::deleteAll()
@@ -430,8 +426,7 @@ std::string OpenGLDrawAction::drawInContext(TexturedPolygon const& polygon, View
     collectVertices(polygon, isExact ? &image : nullptr, area, vertices);
     glBindVertexArray(_context->vertexArray);
     glBindBuffer(GL_ARRAY_BUFFER, _context->vertexBuffer);
-    glBufferData(GL_ARRAY_BUFFER, GLsizeiptr(vertices.size() * sizeof(Vertex)), vertices.data(),
-                 GL_STREAM_DRAW);
+    glBufferData(GL_ARRAY_BUFFER, GLsizeiptr(vertices.size() * sizeof(Vertex)), vertices.data(), GL_STREAM_DRAW);
     std::string const stateFailure = takeGLError();
     if (stateFailure.empty())
         glDrawArrays(GL_TRIANGLE_FAN, 0, GLsizei(vertices.size()));

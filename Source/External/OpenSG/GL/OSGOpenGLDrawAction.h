@@ -13,9 +13,9 @@ namespace osg
 
 /// Draws polygons with OpenGL 3.3 core or OpenGL ES 3.0 into the framebuffer that is bound.
 ///
-/// An action belongs to the context in which it draws first, until release(). It uploads a texture when the
-/// chunk's image has changed since the last upload and at no other time, and deletes what it made for a chunk
-/// at its first draw after the chunk's end. All state that a draw touches is afterwards as it was before.
+/// An action belongs to the context in which it draws first, until release(). It uploads a texture when the chunk's
+/// image has changed since the last upload and at no other time, and deletes what it made for a chunk at its first draw
+/// after the chunk's end. All state that a draw touches is afterwards as it was before.
 ///
 /// \code
 /// osg::OpenGLDrawAction action;
@@ -36,20 +36,19 @@ class OPENSGGL_EXPORT OpenGLDrawAction : public DrawActionBase
 
     /// Draws a polygon with the texture, blend and shader chunks of its osg::ChunkMaterial.
     ///
-    /// Positions are pixels of Viewport::getLayoutArea(), which fills the viewport. A polygon as large as its
-    /// image, where a pixel of the layout is one of the viewport, is drawn texel for pixel with its corner
-    /// truncated to whole pixels. Colour is blended by the blend chunk's factors; in the alpha channel a
-    /// source factor of GL_SRC_ALPHA counts as GL_ONE, so that the alpha of what is drawn over stays that of
-    /// a picture laid over another.
+    /// Positions are pixels of Viewport::getLayoutArea(), which fills the viewport. A polygon as large as its image,
+    /// where a pixel of the layout is one of the viewport, is drawn texel for pixel with its corner truncated to whole
+    /// pixels. Colour is blended by the blend chunk's factors; in the alpha channel a source factor of GL_SRC_ALPHA
+    /// counts as GL_ONE, so that the alpha of what is drawn over stays that of a picture laid over another.
     ///
-    /// Nothing is drawn, no GL error is left and getFailure() tells why if there is no context, or another
-    /// than the action's, or one below the versions above; if the material or one of its chunks is missing,
-    /// the image is null, has no bytes or is larger than the context allows, or the shader doesn't compile;
-    /// and if the polygon has fewer than three corners.
+    /// Nothing is drawn, no GL error is left and getFailure() tells why if there is no context, or another than the
+    /// action's, or one below the versions above; if the material or one of its chunks is missing, the image is null,
+    /// has no bytes or is larger than the context allows, or the shader doesn't compile; and if the polygon has fewer
+    /// than three corners.
     void drawPolygon(TexturedPolygon const& polygon, Viewport& viewport) override;
 
-    /// Deletes all textures, programs and buffers. They are only forgotten if the action's context isn't the
-    /// current one: then they go with it. The next draw begins anew, in any context.
+    /// Deletes all textures, programs and buffers. They are only forgotten if the action's context isn't the current
+    /// one: then they go with it. The next draw begins anew, in any context.
     void release();
 
     /// Why the last draw drew nothing; empty if it drew.
