@@ -18,7 +18,8 @@ using CameraPtr = FCPtr<Camera>;
 class OPENSG_EXPORT PerspectiveCameraBase : public Camera
 {
   public:
-    /// Width over height of a pixel's picture, 1 for square pixels.
+    /// Under a sheared stereo decorator: how many times wider than the viewport's pixels the layout of foregrounds is,
+    /// or, below 1, by the inverse of how many times higher.
     OSG_FIELD(Camera, 0, Aspect, aspect, float) = 1.0f;
     static constexpr UInt16 FieldEnd = Camera::FieldEnd + 1;
 };

@@ -45,7 +45,6 @@ TextureChunk::~TextureChunk()
 
 void TextureChunk::setImage(ImagePtr const& newImage)
 {
-    ImagePtr const next = newImage;
     if (image != NullFC)
     {
         auto& parents = image->parents;
@@ -53,9 +52,9 @@ void TextureChunk::setImage(ImagePtr const& newImage)
         if (self != parents.end())
             parents.erase(self);
     }
-    addRef(next);
+    addRef(newImage);
     subRef(image);
-    image = next;
+    image = newImage;
     if (image != NullFC)
         image->parents.push_back(FieldContainerPtr(this, ImageFieldId));
 }

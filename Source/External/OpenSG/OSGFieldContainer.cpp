@@ -33,8 +33,7 @@ TypeBase::TypeBase(char const* name, TypeBase const* parent) : _id(nextTypeId())
 
 FieldContainerType::FieldContainerType(char const* name, FieldContainerType const* parent, UInt16 containerSize,
                                        FieldContainer* (*makePrototype)())
-    : TypeBase(name, parent), _parent(parent), _prototype(makePrototype ? makePrototype() : nullptr),
-      _containerSize(containerSize)
+    : TypeBase(name, parent), _prototype(makePrototype ? makePrototype() : nullptr), _containerSize(containerSize)
 {
 }
 
@@ -55,7 +54,8 @@ FieldContainerPtr FieldContainerType::createContainer() const
 
 UInt32 FieldContainerType::getGroupId() const
 {
-    return _parent && _parent->_prototype ? _parent->getGroupId() : getId();
+    auto const* const parent = static_cast<FieldContainerType const*>(getParent());
+    return parent && parent->_prototype ? parent->getGroupId() : getId();
 }
 
 FieldContainerType const FieldContainer::_type("FieldContainer", nullptr, sizeof(FieldContainer), nullptr);

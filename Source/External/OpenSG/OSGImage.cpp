@@ -24,11 +24,19 @@ bool Image::set(UInt32 pixelFormat, Int32 newWidth, Int32 newHeight, Int32 depth
     return pixelBuffer();
 }
 
+bool Image::isComplete() const
+{
+    return width > 0 && height > 0 && (externalPixels || pixels.size() >= std::size_t(width) * std::size_t(height) * 4);
+}
+
 void Image::changed(BitVector mask, UInt32 origin)
 {
     ImageBase::changed(mask, origin);
     for (FieldContainerPtr const& parent : parents)
-        parent->changed(BitVector(1) << parent.getParentEPos(), OriginChild);
+    {
+        bool const namesField = parent.getParentEPos() != FieldContainerPtrBase::InvalidParentEPos;
+        parent->changed(namesField ? BitVector(1) << parent.getParentEPos() : AllFieldsMask, OriginChild);
+    }
 }
 
 } // namespace osg

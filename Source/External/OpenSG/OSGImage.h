@@ -53,7 +53,11 @@ class OPENSG_EXPORT Image : public ImageBase
     /// `externalPixels` if that isn't null, else the first of `pixels`, else null.
     UInt8* pixelBuffer() { return externalPixels ? externalPixels : pixels.empty() ? nullptr : pixels.data(); }
 
-    /// Tells the containers in `parents`, each with the mask of the field that holds the image.
+    /// Whether the image has a size and bytes for it.
+    bool isComplete() const;
+
+    /// Tells the containers in `parents`, each with the mask of the field that holds the image, or of all fields where
+    /// the entry doesn't say which that is.
     void changed(BitVector mask, UInt32 origin) override;
 };
 

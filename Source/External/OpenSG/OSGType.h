@@ -21,6 +21,8 @@ class OPENSG_EXPORT TypeBase
 
     UInt32 getId() const { return _id; }
     char const* getName() const { return _name; }
+    /// Null for a type that derives from none.
+    TypeBase const* getParent() const { return _parent; }
 
     /// Whether this type is `other` or derives from it, however far down.
     bool isDerivedFrom(TypeBase const& other) const
@@ -48,7 +50,7 @@ class OPENSG_EXPORT FieldContainerType : public TypeBase
     ~FieldContainerType();
 
     /// The container that new ones are copied from, null for an abstract class. Writing its fields changes the defaults
-    /// of every container made afterwards.
+    /// of every container made afterwards; its counted pointers stay null.
     FieldContainerPtr getPrototype() const;
 
     /// A container with the prototype's field values and reference count 0; null without a prototype.
@@ -62,7 +64,6 @@ class OPENSG_EXPORT FieldContainerType : public TypeBase
     UInt16 getContainerSize() const { return _containerSize; }
 
   private:
-    FieldContainerType const* _parent;
     FieldContainer* _prototype;
     UInt16 _containerSize;
 };

@@ -19,7 +19,7 @@ constexpr std::int64_t maxBytes = std::int64_t(1) << 31;
 
 bool hasBytes(osg::ImagePtr const& image)
 {
-    return image != osg::NullFC && image->width > 0 && image->height > 0 && image->pixelBuffer();
+    return image != osg::NullFC && image->isComplete();
 }
 
 bool isPossible(int width, int height)
@@ -33,17 +33,16 @@ UInt8* rowOf(osg::Image& image, int row)
     return image.pixelBuffer() + std::size_t(row) * std::size_t(image.width) * channels;
 }
 
-template <class Real>
-UInt8 toChannel(Real value)
+UInt8 toChannel(double value)
 {
-    return UInt8(ztNumeric::truncate(std::clamp(value, Real(0), Real(255)) + Real(0.5)));
+    return UInt8(ztNumeric::truncate(std::clamp(value, 0.0, 255.0) + 0.5));
 }
 
 /// The source pixels that make up one new pixel, along one direction.
 struct Taps
 {
     int first;
-    std::vector<float> weights;
+    std::vector<double> weights;
 };
 
 Taps tapsOf(int pixel, int newSize, int sourceSize, ztImageGenericFilter const& filter)
@@ -63,12 +62,11 @@ Taps tapsOf(int pixel, int newSize, int sourceSize, ztImageGenericFilter const& 
         sum += weights.back();
     }
     if (!(std::abs(sum) > 0.0 && std::isfinite(sum)))
-        return {std::clamp(ztNumeric::truncate(std::floor(centre + 0.5)), 0, sourceSize - 1), {1.0f}};
+        return {std::clamp(ztNumeric::truncate(std::floor(centre + 0.5)), 0, sourceSize - 1), {1.0}};
 
-    Taps taps{first, {}};
-    for (double weight : weights)
-        taps.weights.push_back(float(weight / sum));
-    return taps;
+    for (double& weight : weights)
+        weight /= sum;
+    return {first, std::move(weights)};
 }
 
 std::vector<Taps> allTaps(int newSize, int sourceSize, ztImageGenericFilter const& filter)
@@ -81,25 +79,25 @@ std::vector<Taps> allTaps(int newSize, int sourceSize, ztImageGenericFilter cons
 }
 
 /// One row of sums over the rows that make up a new row.
-void sumRows(osg::Image& source, Taps const& taps, std::vector<float>& sums)
+void sumRows(osg::Image& source, Taps const& taps, std::vector<double>& sums)
 {
-    std::fill(sums.begin(), sums.end(), 0.0f);
+    std::fill(sums.begin(), sums.end(), 0.0);
     for (std::size_t tap = 0; tap < taps.weights.size(); ++tap)
     {
         UInt8 const* const row = rowOf(source, taps.first + int(tap));
-        float const weight = taps.weights[tap];
+        double const weight = taps.weights[tap];
         for (std::size_t i = 0; i < sums.size(); ++i)
             sums[i] += weight * row[i];
     }
 }
 
-void resampleRow(std::vector<float> const& sums, std::vector<Taps> const& columns, UInt8* row)
+void resampleRow(std::vector<double> const& sums, std::vector<Taps> const& columns, UInt8* row)
 {
     for (Taps const& taps : columns)
     {
-        float pixel[channels] = {};
-        float const* sample = sums.data() + std::size_t(taps.first) * channels;
-        for (float weight : taps.weights)
+        double pixel[channels] = {};
+        double const* sample = sums.data() + std::size_t(taps.first) * channels;
+        for (double weight : taps.weights)
             for (int c = 0; c < channels; ++c)
                 pixel[c] += weight * *sample++;
         for (int c = 0; c < channels; ++c)
@@ -176,7 +174,7 @@ bool scale(osg::ImagePtr const& source, int width, int height, osg::ImagePtr& de
     if (possible)
     {
         std::vector<Taps> const columns = allTaps(width, source->width, filter);
-        std::vector<float> sums(std::size_t(source->width) * channels);
+        std::vector<double> sums(std::size_t(source->width) * channels);
         bytes.resize(std::size_t(width) * std::size_t(height) * channels);
         for (int row = 0; row < height; ++row)
         {

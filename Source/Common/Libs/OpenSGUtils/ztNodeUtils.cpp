@@ -13,8 +13,7 @@ bool chooses(osg::Switch const& node, std::vector<osg::NodePtr> const& children,
 {
     if (node.choice == osg::Switch::AllChildren)
         return true;
-    return node.choice >= 0 && std::size_t(node.choice) < children.size() &&
-           children[std::size_t(node.choice)] == child;
+    return std::size_t(node.choice) < children.size() && children[std::size_t(node.choice)] == child;
 }
 
 bool isInactiveFor(osg::Node const& node, osg::NodePtr const& child)

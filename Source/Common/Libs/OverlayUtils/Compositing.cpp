@@ -55,12 +55,14 @@ void blendOverlay(OverlayPtr const& overlay, ImagePtr const& target, int width, 
 {
     if (overlay == osg::NullFC)
         return;
+    osg::PolygonForeground2& foreground = *overlay->foreground;
     ImagePtr const shown = getImage(overlay->foreground);
-    if (shown == osg::NullFC)
+    if (shown == osg::NullFC || foreground.positions.empty() || foreground.texCoords.empty())
         return;
-    osg::Pnt2f const corner = overlay->foreground->positions.front();
-    PixelSize const size = overlayPixelSize(*overlay, syncImage(overlay), height);
-    osg::Vec3f const texCoord = overlay->foreground->texCoords.front();
+    osg::Pnt2f const corner = foreground.positions.front();
+    ImagePtr const synced = syncImage(overlay);
+    PixelSize const size = overlayPixelSize(*overlay, synced, height);
+    osg::Vec3f const texCoord = foreground.texCoords.front();
 
     HeldImage held(shown);
     if (overlay->contentType == osg::Overlay::ContentImage)

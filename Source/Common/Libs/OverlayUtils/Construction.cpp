@@ -1,3 +1,5 @@
+#include "Construction.h"
+
 #include "ImageSlot.h"
 #include "ztNodeUtils.h"
 #include "ztOpenSGExt.h"

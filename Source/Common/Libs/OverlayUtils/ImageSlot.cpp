@@ -49,6 +49,15 @@ osg::ImagePtr createBlankImage()
     return image;
 }
 
+osg::ImagePtr setBlankImage(osg::PolygonForeground2Ptr const& foreground)
+{
+    if (slotOf(foreground) == osg::NullFC)
+        return osg::NullFC;
+    osg::ImagePtr const image = createBlankImage();
+    setImage(foreground, image);
+    return image;
+}
+
 osg::ImagePtr syncImage(osg::OverlayPtr const& overlay)
 {
     osg::ImagePtr const current = getImage(overlay->foreground);
@@ -56,10 +65,10 @@ osg::ImagePtr syncImage(osg::OverlayPtr const& overlay)
     bool const holdsPicture = overlay->image == current;
     if (isPicture == holdsPicture)
         return current;
-
-    osg::ImagePtr const image = isPicture ? overlay->image : createBlankImage();
-    setImage(overlay->foreground, image);
-    return image;
+    if (!isPicture)
+        return setBlankImage(overlay->foreground);
+    setImage(overlay->foreground, overlay->image);
+    return overlay->image;
 }
 
 } // namespace ztOverlays

@@ -21,14 +21,14 @@ void clearImage(osg::ImagePtr const& image);
 /// A new image as clearImage() leaves it.
 osg::ImagePtr createBlankImage();
 
+/// Puts a new blank image into the slot. \return the image, borrowed; null without chunks
+osg::ImagePtr setBlankImage(osg::PolygonForeground2Ptr const& foreground);
+
 /// Brings the slot in line with `contentType`: a picture stands in it, and a text never renders into the picture. The
 /// overlay has a foreground.
 ///
-/// \return the image in the slot, borrowed. Null for a picture that is null, and for a text that has a picture beside
-///     an empty slot.
+/// \return the image in the slot, borrowed. Null for a picture that is null, for a text that has a picture beside an
+///     empty slot, and for a text without chunks.
 osg::ImagePtr syncImage(osg::OverlayPtr const& overlay);
-
-/// Builds image, chunks, material and foreground of a core.
-void initOverlay(osg::OverlayPtr overlay);
 
 } // namespace ztOverlays

@@ -12,6 +12,12 @@ namespace ztOverlays
 namespace
 {
 
+/// The corners (x0, y0) and (x1, y1), in pixels.
+struct PixelRectangle
+{
+    float x0, y0, x1, y1;
+};
+
 PixelSize pictureSize(PixelSize image, int sizeMode, float size, int targetHeight)
 {
     float const aspect = image.width / image.height;
@@ -25,6 +31,14 @@ osg::Vec2f scaledByDpi(osg::Vec2f offset)
     double const scaleX = ztPlatform::getDpiScaleX();
     double const scaleY = ztPlatform::getDpiScaleY();
     return {float(double(offset.x) * scaleX), float(double(offset.y) * scaleY)};
+}
+
+/// \param offset  in pixels
+PixelRectangle place(PixelSize size, osg::Vec2f anchor, osg::Vec2f offset, int targetWidth, int targetHeight)
+{
+    float const x0 = ((float(targetWidth) * anchor.x) - (anchor.x * size.width)) + offset.x;
+    float const y0 = ((float(targetHeight) * anchor.y) - (anchor.y * size.height)) + offset.y;
+    return {x0, y0, size.width + x0, size.height + y0};
 }
 
 /// False too if one of the two is not a number.
@@ -57,30 +71,22 @@ PixelSize overlayPixelSize(osg::Overlay const& overlay, osg::ImagePtr const& ima
                : pictureSize(imageSize, overlay.sizeMode, overlay.size, targetHeight);
 }
 
-PixelRectangle place(PixelSize size, osg::Vec2f anchor, osg::Vec2f offset, int targetWidth, int targetHeight)
-{
-    float const x0 = ((float(targetWidth) * anchor.x) - (anchor.x * size.width)) + offset.x;
-    float const y0 = ((float(targetHeight) * anchor.y) - (anchor.y * size.height)) + offset.y;
-    return {x0, y0, size.width + x0, size.height + y0};
-}
-
 void updateOverlayPosition(OverlayPtr const& overlay, int viewportWidth, int viewportHeight)
 {
     if (overlay == osg::NullFC || overlay->foreground == osg::NullFC)
         return;
     ImagePtr const image = syncImage(overlay);
     PixelSize const size = overlayPixelSize(*overlay, image, viewportHeight);
-    auto const [x0, y0, x1, y1] =
+    PixelRectangle const corners =
         place(size, overlay->anchor, scaledByDpi(overlay->offset), viewportWidth, viewportHeight);
-
     auto& positions = overlay->foreground->positions;
-    if (isAt(positions, {x0, y0, x1, y1}))
+    if (isAt(positions, corners))
         return;
     positions.clear();
-    positions.push_back({x0, y0});
-    positions.push_back({x1, y0});
-    positions.push_back({x1, y1});
-    positions.push_back({x0, y1});
+    positions.push_back({corners.x0, corners.y0});
+    positions.push_back({corners.x1, corners.y0});
+    positions.push_back({corners.x1, corners.y1});
+    positions.push_back({corners.x0, corners.y1});
     osg::markChanged(overlay->foreground, osg::PolygonForeground2Base::PositionsFieldMask);
 }
 

@@ -14,21 +14,11 @@ struct PixelSize
     float width, height;
 };
 
-/// The corners (x0, y0) and (x1, y1) of a rectangle in pixels.
-struct PixelRectangle
-{
-    float x0, y0, x1, y1;
-};
-
 /// The height in pixels of an overlay whose size is relative to that of a target, without fraction.
 int relativePixelHeight(int targetHeight, float size);
 
 /// The size of an overlay on a target of a height; 0 by 0 without an image.
 /// \param image  the image that the overlay shows, may be null
 PixelSize overlayPixelSize(osg::Overlay const& overlay, osg::ImagePtr const& image, int targetHeight);
-
-/// Where an overlay of a size comes to lie on a target.
-/// \param offset  in pixels
-PixelRectangle place(PixelSize size, osg::Vec2f anchor, osg::Vec2f offset, int targetWidth, int targetHeight);
 
 } // namespace ztOverlays

@@ -9,7 +9,7 @@
 #include <QPainter>
 #include <QTextLayout>
 
-#include <cstring>
+#include <algorithm>
 #include <limits>
 #include <memory>
 
@@ -72,7 +72,7 @@ LaidOutText layOut(QString const& text, QFont const& font)
 /// Qt's scaler computes with 32-bit offsets: beyond 2 GiB it isn't to be trusted with an image.
 bool isPossible(double width, double height)
 {
-    return width * height * 4.0 <= double(std::numeric_limits<int>::max());
+    return width * height * 4.0 <= double(std::int64_t(1) << 31);
 }
 
 /// A null image where one of the sizes is below one pixel, or it takes more than 2 GiB, or Qt can't allocate
@@ -142,20 +142,20 @@ bool renderText(osg::Overlay const& overlay, int viewportHeight, osg::ImagePtr c
     QColor const background = toColor(overlay.backgroundColor, overlay.backgroundTransparency);
     QColor const color = toColor(overlay.textColor);
 
-    int targetHeight = 0;
+    int pictureHeight = 0;
     int pointSize = truncate(overlay.size);
     if (overlay.sizeMode != osg::Overlay::SizeAbsolute)
     {
         int const lineCount = text.count(QChar(u'\n'), Qt::CaseSensitive) + 1;
-        targetHeight = relativePixelHeight(viewportHeight, overlay.size);
-        pointSize = truncate(double(targetHeight) / ztPlatform::getDpiScaleY() / double(lineCount));
+        pictureHeight = relativePixelHeight(viewportHeight, overlay.size);
+        pointSize = truncate(double(pictureHeight) / ztPlatform::getDpiScaleY() / double(lineCount));
     }
     if (pointSize <= 0 || text.isEmpty() || !canDraw())
         return false;
 
     QImage picture = paint(layOut(text, QFont(family, pointSize, -1, false)), color, background);
-    if (targetHeight != 0)
-        picture = scaledToHeight(picture, targetHeight);
+    if (pictureHeight != 0)
+        picture = scaledToHeight(picture, pictureHeight);
     transfer(picture, image);
     return true;
 }

@@ -1,3 +1,4 @@
+#include "Construction.h"
 #include "ImageSlot.h"
 #include "OverlayAccess.h"
 #include "Placement.h"
@@ -10,16 +11,21 @@ namespace ztOverlays
 namespace
 {
 
-/// A text needs an image to be drawn into, also where its slot was empty when it became a text.
-ImagePtr syncImageToDrawInto(OverlayPtr const& overlay)
+/// Brings the picture up to date. \return whether there is something to show
+bool render(OverlayPtr const& overlay, int viewportHeight)
 {
     ImagePtr image = syncImage(overlay);
-    if (image == osg::NullFC && overlay->contentType == osg::Overlay::ContentText)
-    {
-        image = createBlankImage();
-        setImage(overlay->foreground, image);
-    }
-    return image;
+    if (overlay->contentType != osg::Overlay::ContentText)
+        return true;
+    // The slot was empty when the overlay became a text.
+    if (image == osg::NullFC)
+        image = setBlankImage(overlay->foreground);
+    if (image == osg::NullFC)
+        return false;
+    bool const isDrawn = renderText(*overlay, viewportHeight, image);
+    if (!isDrawn)
+        clearImage(image);
+    return isDrawn;
 }
 
 bool hasOtherHeight(osg::Overlay const& overlay, ImagePtr const& image, int viewportHeight)
@@ -36,12 +42,8 @@ void updateOverlayImage(OverlayPtr const& overlay, int viewportWidth, int viewpo
         return;
     if (overlay->foreground == osg::NullFC)
         initOverlay(overlay);
-    ImagePtr const image = syncImageToDrawInto(overlay);
-    if (overlay->contentType == osg::Overlay::ContentText && !renderText(*overlay, viewportHeight, image))
-    {
-        clearImage(image);
+    if (!render(overlay, viewportHeight))
         return;
-    }
     overlay->dirty = false;
     osg::markChanged(overlay, osg::OverlayBase::DirtyFieldMask);
     updateOverlayPosition(overlay, viewportWidth, viewportHeight);

@@ -16,6 +16,7 @@
 /// Sizes and coordinates are pixels of the target, which is a viewport or an image, y up from the lower edge. Pointers
 /// in arguments and results are borrowed. Nothing here reports an error: a null argument, a node that is no overlay and
 /// a missing pool, image or viewport make an operation do less or nothing. Everything runs on the calling thread.
+/// Threads can work on overlays of their own at the same time, as long as these show no common osg::Image.
 ///
 /// Text needs the host's QGuiApplication; without one a text overlay is blank and stays `dirty`.
 #pragma once
@@ -130,7 +131,8 @@ ZTOVERLAYUTILS_EXPORT void updateAllOverlays(ViewportPtr const& viewport);
 /// \{
 
 /// Brings the `active` flag of a node's foreground in line: true exactly if the node's `travMask` is 0xFFFFFFFF and no
-/// node above is inactive. Marks the flag in any case.
+/// node above, up to the scene's root, is inactive. Marks the flag in any case. The visible walk below looks no higher
+/// than the pool root.
 ZTOVERLAYUTILS_EXPORT void updateVisibility(osg::NodePtr const& node);
 
 /// Calls the callback with each visible overlay of the current scene's pool: those whose `travMask` and that of all
@@ -168,6 +170,11 @@ ZTOVERLAYUTILS_EXPORT void drawOverlays(osg::DrawActionBase* action, osg::Viewpo
 /// Stamps overlays onto an image, in list order, each over those before it: lays them out for the image's size, blends
 /// each one on, and updates them for the viewport's own size in pixels. A null viewport: they stay laid out for the
 /// image. Null entries are passed over; whether an overlay is visible plays no part.
+///
+/// A picture (`contentType` ContentImage) whose size, cut to whole pixels, isn't its image's is resampled with
+/// ztImageBilinearFilter. An overlay's lower left corner is cut to whole pixels, too. A coordinate of that corner below
+/// 0 counts from the far edge: −1 is the last pixel. So an overlay that reaches beyond the left or lower edge isn't cut
+/// there but comes to lie at the opposite one. A text that has nothing to draw stays where it was and blends nothing.
 ZTOVERLAYUTILS_EXPORT void blendOverlaysOntoImage(std::vector<OverlayPtr> const& overlays, ImagePtr const& image,
                                                   ViewportPtr const& viewport);
 

@@ -391,7 +391,7 @@ std::string OpenGLDrawAction::drawInContext(TexturedPolygon const& polygon, View
     Chunks const chunks = chunksOf(polygon.material);
     if (chunks.texture == NullFC || chunks.blend == NullFC || chunks.shader == NullFC)
         return "the material has no texture, blend or shader chunk";
-    if (chunks.texture->image == NullFC || !chunks.texture->image->pixelBuffer())
+    if (chunks.texture->image == NullFC || !chunks.texture->image->isComplete())
         return "there is no image";
     Image const& image = *chunks.texture->image;
     if (image.width > _context->maxTextureSize || image.height > _context->maxTextureSize)
