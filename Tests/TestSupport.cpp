@@ -1,46 +1,28 @@
 #include "TestSupport.h"
 
-#include <QGuiApplication>
-
+#include <algorithm>
+#include <limits>
 #include <sstream>
 
-namespace
-{
-
-using Names = std::vector<std::pair<char const*, osg::FieldContainerPtr>>;
-
-std::string describe(osg::ChangeList::Entry const& entry, Names const& names)
+std::string Recorder::describe(Names const& names, bool marksOnly, bool types) const
 {
     std::ostringstream text;
-    text << "+-x!"[int(entry.event)];
-    if (entry.mask != 0 && entry.mask != osg::AllFieldsMask)
-        text << std::hex << entry.mask;
-    for (auto const& [name, container] : names)
-        if (container == entry.container)
-            text << name;
+    for (osg::ChangeList::Entry const& entry : _list.getEntries())
+    {
+        if (marksOnly && entry.event != osg::ChangeList::Event::Changed)
+            continue;
+        text << (text.tellp() > 0 ? " " : "") << "+-x!"[int(entry.event)];
+        if (entry.mask != 0 && entry.mask != osg::AllFieldsMask)
+            text << std::hex << entry.mask;
+        auto const name = std::find_if(names.begin(), names.end(),
+                                       [&entry](auto const& named) { return named.second == entry.container; });
+        if (name != names.end())
+            text << name->first;
+        else if (types)
+            text << entry.container->getType().getName();
+    }
     return text.str();
 }
-
-} // namespace
-
-std::string Recorder::text(Names const& names) const
-{
-    std::string text;
-    for (osg::ChangeList::Entry const& entry : _list.getEntries())
-        text += (text.empty() ? "" : " ") + describe(entry, names);
-    return text;
-}
-
-std::string Recorder::marks(Names const& names) const
-{
-    std::string text;
-    for (osg::ChangeList::Entry const& entry : _list.getEntries())
-        if (entry.event == osg::ChangeList::Event::Changed)
-            text += (text.empty() ? "" : " ") + describe(entry, names);
-    return text;
-}
-
-SceneTest::SceneTest() : _containersBefore(osg::FieldContainerFactory::getNumContainers()) {}
 
 void SceneTest::TearDown()
 {
@@ -77,11 +59,6 @@ osg::ViewportPtr SceneTest::makeViewport(int width, int height)
     viewport->pixelWidth = width;
     viewport->pixelHeight = height;
     return viewport;
-}
-
-osg::OverlayPtr SceneTest::makeOverlay()
-{
-    return overlayOf(hold(ztOverlays::createOverlay(osg::NullFC)));
 }
 
 osg::OverlayPtr SceneTest::makeText(std::string const& text)
@@ -135,6 +112,7 @@ std::array<int, 4> pixelAt(osg::ImagePtr const& image, int column, int row)
 std::string corners(osg::OverlayPtr const& overlay)
 {
     std::ostringstream text;
+    text.precision(std::numeric_limits<float>::max_digits10);
     for (osg::Pnt2f const& corner : overlay->foreground->positions)
         text << (text.tellp() > 0 ? " " : "") << '(' << corner.x << ", " << corner.y << ')';
     return text.str();

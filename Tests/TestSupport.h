@@ -18,6 +18,8 @@
 class Recorder
 {
   public:
+    using Names = std::vector<std::pair<char const*, osg::FieldContainerPtr>>;
+
     Recorder() { osg::PThreadBase::setCurrentChangeList(&_list); }
     ~Recorder() { osg::PThreadBase::setCurrentChangeList(nullptr); }
     Recorder(Recorder const&) = delete;
@@ -28,20 +30,36 @@ class Recorder
     /// All entries as text, a word each: `+` and `-` a reference, `x` destroyed, `!` changed with all fields,
     /// `!n` changed with the bits of the hexadecimal number n; then the container's name, if it was given
     /// one.
-    std::string text(std::vector<std::pair<char const*, osg::FieldContainerPtr>> const& names = {}) const;
+    std::string text(Names const& names = {}) const { return describe(names, false, false); }
 
     /// The changed entries alone.
-    std::string marks(std::vector<std::pair<char const*, osg::FieldContainerPtr>> const& names = {}) const;
+    std::string marks(Names const& names = {}) const { return describe(names, true, false); }
+
+    /// Like marks(), with the types of the containers that have no name.
+    std::string typedMarks(Names const& names = {}) const { return describe(names, true, true); }
 
   private:
+    std::string describe(Names const& names, bool marksOnly, bool types) const;
+
     osg::ChangeList _list;
 };
+
+osg::OverlayPtr overlayOf(osg::NodePtr const& node);
+osg::TextureChunkPtr textureOf(osg::OverlayPtr const& overlay);
+
+/// The image that an overlay shows.
+osg::ImagePtr shownImage(osg::OverlayPtr const& overlay);
+
+/// The pixel in a column and a row of the bytes, counted from the bottom.
+std::array<int, 4> pixelAt(osg::ImagePtr const& image, int column, int row);
+
+/// `positions` as text, with all digits: "(x, y) (x, y) ...".
+std::string corners(osg::OverlayPtr const& overlay);
 
 /// Holds what the test makes until its end, and checks then that no container has come to stay.
 class SceneTest : public testing::Test
 {
   protected:
-    SceneTest();
     void TearDown() override;
 
     /// Counts a container until the end of the test.
@@ -62,7 +80,7 @@ class SceneTest : public testing::Test
     osg::ViewportPtr makeViewport(int width, int height);
 
     /// An overlay that hangs nowhere.
-    osg::OverlayPtr makeOverlay();
+    osg::OverlayPtr makeOverlay() { return overlayOf(hold(ztOverlays::createOverlay(osg::NullFC))); }
     osg::OverlayPtr makeText(std::string const& text);
     osg::OverlayPtr makePicture(osg::ImagePtr const& image);
 
@@ -71,17 +89,5 @@ class SceneTest : public testing::Test
 
   private:
     std::vector<osg::FieldContainerPtr> _held;
-    std::size_t _containersBefore;
+    std::size_t _containersBefore = osg::FieldContainerFactory::getNumContainers();
 };
-
-osg::OverlayPtr overlayOf(osg::NodePtr const& node);
-osg::TextureChunkPtr textureOf(osg::OverlayPtr const& overlay);
-
-/// The image that an overlay shows.
-osg::ImagePtr shownImage(osg::OverlayPtr const& overlay);
-
-/// The pixel in a column and a row of the bytes, counted from the bottom.
-std::array<int, 4> pixelAt(osg::ImagePtr const& image, int column, int row);
-
-/// `positions` as text: "(x, y) (x, y) ...".
-std::string corners(osg::OverlayPtr const& overlay);
