@@ -21,6 +21,26 @@
 namespace ztExamples
 {
 
+char const overlayFileHelp[] = R"(
+Each overlay is an object with these keys; what is left out has the value in parentheses:
+  contentType             "text" or "image" ("text")
+  text                    what a text shows, lines separated by \n; needed by a text
+  image                   path of the picture, relative to the JSON file; needed by an image
+  font                    font family (the system's)
+  textColor               [red, green, blue, alpha], each from 0 to 1 ([1, 1, 1, 1])
+  backgroundColor         [red, green, blue] behind a text ([0, 0, 0])
+  backgroundTransparency  0 is opaque and 1 is clear, or [red, green, blue], whose luminance counts (1)
+  sizeMode                "absolute" or "relative" ("absolute")
+  size                    relative: the fraction of the frame's height that all the text's lines or the
+                          picture take, needed then; absolute: points of a text's font, at least 1, or
+                          DPI-independent pixels of a picture's height (12)
+  anchor                  [x, y]: the point at this fraction of the overlay's size lies on the point at the
+                          same fraction of the frame's; [0, 0] is lower left, [1, 1] upper right ([0, 0])
+  offset                  [x, y]: shift from there in DPI-independent pixels, x right, y up ([0, 0])
+  name                    a name for the overlay
+  visible                 true or false (true)
+)";
+
 namespace
 {
 
@@ -93,9 +113,10 @@ int editDistance(QString const& a, QString const& b)
 {
     // A key much longer than any known one is far from all of them; its end decides nothing.
     QString const start = key.left(100);
-    QString const& nearest = *std::min_element(known.begin(), known.end(),
-                                               [&start](QString const& a, QString const& b)
-                                               { return editDistance(a, start) < editDistance(b, start); });
+    QString const& nearest =
+        *std::min_element(known.begin(), known.end(), [&start](QString const& a, QString const& b) {
+            return editDistance(a, start) < editDistance(b, start);
+        });
     complain(QString("unknown key, did you mean \"%1\"?").arg(nearest));
 }
 
@@ -107,8 +128,8 @@ bool fitsFloat(double value)
 bool isNumbers(QJsonValue const& value, int count)
 {
     QJsonArray const array = value.toArray();
-    return array.size() == count && std::all_of(array.begin(), array.end(),
-                                                [](QJsonValue const& number) { return number.isDouble(); });
+    return array.size() == count &&
+           std::all_of(array.begin(), array.end(), [](QJsonValue const& number) { return number.isDouble(); });
 }
 
 template <std::size_t N>
@@ -219,8 +240,7 @@ std::map<QString, ReadKey> const& entryKeys()
     static std::map<QString, ReadKey> const keys = {
         {"anchor", [](Value v, Folder, Entry e) { e.anchor = toVector(v); }},
         {"backgroundColor", [](Value v, Folder, Entry e) { e.backgroundColor = toColor3(v); }},
-        {"backgroundTransparency",
-         [](Value v, Folder, Entry e) { e.backgroundTransparency = toTransparency(v); }},
+        {"backgroundTransparency", [](Value v, Folder, Entry e) { e.backgroundTransparency = toTransparency(v); }},
         {"contentType", [](Value v, Folder, Entry e) { e.contentType = toChoice(v, "text", "image"); }},
         {"font", [](Value v, Folder, Entry e) { e.font = toUtf8(v); }},
         {"image", [](Value v, Folder f, Entry e) { e.image = toPicture(v, f); }},
@@ -248,19 +268,15 @@ void checkWhole(OverlayEntry const& entry, QJsonObject const& object, QString co
 {
     bool const isText = entry.contentType.value_or(osg::Overlay::ContentText) == osg::Overlay::ContentText;
     bool const isRelative = entry.sizeMode == osg::Overlay::SizeRelative;
-    at(place + (isText ? ".text" : ".image"),
-       [&]
-       {
-           expect(!isText || entry.text, "a string", QJsonValue::Undefined);
-           expect(isText || entry.image, "a path", QJsonValue::Undefined);
-       });
-    at(place + ".size",
-       [&]
-       {
-           QJsonValue const size = object["size"];
-           expect(!isRelative || entry.size, "a fraction of the frame's height", size);
-           expect(isRelative || !isText || entry.size.value_or(1.0f) >= 1.0f, "at least 1 point", size);
-       });
+    at(place + (isText ? ".text" : ".image"), [&] {
+        expect(!isText || entry.text, "a string", QJsonValue::Undefined);
+        expect(isText || entry.image, "a path", QJsonValue::Undefined);
+    });
+    at(place + ".size", [&] {
+        QJsonValue const size = object["size"];
+        expect(!isRelative || entry.size, "a fraction of the frame's height", size);
+        expect(isRelative || !isText || entry.size.value_or(1.0f) >= 1.0f, "at least 1 point", size);
+    });
 }
 
 OverlayEntry toEntry(QJsonValue const& value, QString const& place, QDir const& folder)
@@ -269,14 +285,12 @@ OverlayEntry toEntry(QJsonValue const& value, QString const& place, QDir const& 
     QJsonObject const object = value.toObject();
     OverlayEntry entry;
     for (auto it = object.begin(); it != object.end(); ++it)
-        at(place + "." + shownKey(it.key()),
-           [&]
-           {
-               auto const key = entryKeys().find(it.key());
-               if (key == entryKeys().end())
-                   complainOfKey(it.key(), entryKeyNames());
-               key->second(it.value(), folder, entry);
-           });
+        at(place + "." + shownKey(it.key()), [&] {
+            auto const key = entryKeys().find(it.key());
+            if (key == entryKeys().end())
+                complainOfKey(it.key(), entryKeyNames());
+            key->second(it.value(), folder, entry);
+        });
     checkWhole(entry, object, place);
     return entry;
 }
@@ -329,14 +343,12 @@ QByteArray readBytes(QString const& path)
 std::vector<OverlayEntry> readOverlayFile(QString const& path)
 {
     std::vector<OverlayEntry> entries;
-    at(path,
-       [&]
-       {
-           QJsonDocument const document = parse(readBytes(path));
-           QJsonValue const top = document.isArray() ? QJsonValue(document.array()) : document.object();
-           expect(top.isObject(), "an object with the key \"overlays\"", top);
-           entries = toEntries(top.toObject(), QFileInfo(path).dir());
-       });
+    at(path, [&] {
+        QJsonDocument const document = parse(readBytes(path));
+        QJsonValue const top = document.isArray() ? QJsonValue(document.array()) : document.object();
+        expect(top.isObject(), "an object with the key \"overlays\"", top);
+        entries = toEntries(top.toObject(), QFileInfo(path).dir());
+    });
     return entries;
 }
 

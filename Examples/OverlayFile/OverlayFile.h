@@ -18,6 +18,9 @@
 namespace ztExamples
 {
 
+/// The keys of an overlay file, for --help.
+extern char const overlayFileHelp[];
+
 /// One element of "overlays", checked. What is empty isn't in the file: the library's default holds.
 struct OverlayEntry
 {

@@ -33,15 +33,13 @@ osg::BitVector writeImage(osg::Overlay& overlay, std::optional<QImage> const& pi
 osg::BitVector writeFields(osg::Overlay& overlay, OverlayEntry const& entry)
 {
     using O = osg::Overlay;
-    return write(overlay.contentType, entry.contentType, O::ContentTypeFieldMask) |
-           writeImage(overlay, entry.image) | write(overlay.font, entry.font, O::FontFieldMask) |
+    return write(overlay.contentType, entry.contentType, O::ContentTypeFieldMask) | writeImage(overlay, entry.image) |
+           write(overlay.font, entry.font, O::FontFieldMask) |
            write(overlay.textColor, entry.textColor, O::TextColorFieldMask) |
            write(overlay.backgroundColor, entry.backgroundColor, O::BackgroundColorFieldMask) |
-           write(overlay.backgroundTransparency, entry.backgroundTransparency,
-                 O::BackgroundTransparencyFieldMask) |
+           write(overlay.backgroundTransparency, entry.backgroundTransparency, O::BackgroundTransparencyFieldMask) |
            write(overlay.sizeMode, entry.sizeMode, O::SizeModeFieldMask) |
-           write(overlay.size, entry.size, O::SizeFieldMask) |
-           write(overlay.anchor, entry.anchor, O::AnchorFieldMask) |
+           write(overlay.size, entry.size, O::SizeFieldMask) | write(overlay.anchor, entry.anchor, O::AnchorFieldMask) |
            write(overlay.offset, entry.offset, O::OffsetFieldMask);
 }
 

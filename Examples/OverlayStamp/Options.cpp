@@ -1,16 +1,15 @@
 #include "Options.h"
 
+#include "CommandLine.h"
+#include "OverlayFile.h"
 #include "ztPlatform.h"
 
-#include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
-#include <QImageWriter>
 #include <QSet>
 #include <QThread>
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace ztExamples
 {
@@ -25,24 +24,6 @@ constexpr char description[] =
     "lists them, the topmost first.";
 
 constexpr char details[] = R"(
-Each overlay is an object with these keys; what is left out has the value in parentheses:
-  contentType             "text" or "image" ("text")
-  text                    what a text shows, lines separated by \n; needed by a text
-  image                   path of the picture, relative to the JSON file; needed by an image
-  font                    font family (the system's)
-  textColor               [red, green, blue, alpha], each from 0 to 1 ([1, 1, 1, 1])
-  backgroundColor         [red, green, blue] behind a text ([0, 0, 0])
-  backgroundTransparency  0 is opaque and 1 is clear, or [red, green, blue], whose luminance counts (1)
-  sizeMode                "absolute" or "relative" ("absolute")
-  size                    relative: the fraction of the frame's height that all the text's lines or the
-                          picture take, needed then; absolute: points of a text's font, at least 1, or
-                          DPI-independent pixels of a picture's height (12)
-  anchor                  [x, y]: the point at this fraction of the overlay's size lies on the point at the
-                          same fraction of the frame's; [0, 0] is lower left, [1, 1] upper right ([0, 0])
-  offset                  [x, y]: shift from there in DPI-independent pixels, x right, y up ([0, 0])
-  name                    a name for the overlay
-  visible                 true or false (true)
-
 In a text, {file} stands for the input's name without folder, {index} for its number from 1 and {count} for
 the number of inputs; {{ and }} are braces.
 
@@ -63,17 +44,6 @@ with this labels.json:
                  "offset": [-16, -16]}]}
 )";
 
-[[noreturn]] void fail(QString const& message)
-{
-    throw std::runtime_error("overlay-stamp: " + message.toStdString() + " (see --help)");
-}
-
-void require(bool condition, QString const& message)
-{
-    if (!condition)
-        fail(message);
-}
-
 void addOptions(QCommandLineParser& parser)
 {
     parser.setApplicationDescription(description);
@@ -85,19 +55,8 @@ void addOptions(QCommandLineParser& parser)
         {"jobs", "How many threads decode and encode (one a processor).", "N"},
         {"quiet", "Report errors only."},
         {"force", "Let an output replace an input."},
-        {"help", "Show this."},
-        {"version", "Show the version."},
     });
     parser.addPositionalArgument("INPUT", "Images, in the order of the sequence.", "INPUT...");
-}
-
-/// The value of an option, empty if it isn't given.
-QString valueOf(QCommandLineParser const& parser, QString const& option)
-{
-    QStringList const values = parser.values(option);
-    require(values.size() < 2, "--" + option + " is given twice");
-    require(!values.contains(QString()), "--" + option + " is empty");
-    return parser.value(option);
 }
 
 void applyDpiScale(QString const& text)
@@ -115,14 +74,6 @@ int parseJobs(QString const& text)
     require(isNumber && jobs >= 1 && jobs <= maxJobs,
             QString("--jobs: expected a whole number from 1 to %1, got \"%2\"").arg(maxJobs).arg(text));
     return jobs;
-}
-
-void checkFormat(QString const& output)
-{
-    QByteArray const suffix = QFileInfo(output).suffix().toLower().toUtf8();
-    QByteArrayList const formats = QImageWriter::supportedImageFormats();
-    require(formats.contains(suffix), "--output: can't write the format of \"" + output + "\", only " +
-                                          QString::fromUtf8(formats.join(", ")));
 }
 
 void checkNames(std::vector<FramePaths> const& frames)
@@ -155,12 +106,11 @@ std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
     require(output.isEmpty() != outputDir.isEmpty(), "one of --output and --output-dir is needed");
     require(output.isEmpty() || inputs.size() == 1, "--output takes one input; --output-dir takes several");
     if (!output.isEmpty())
-        checkFormat(output);
+        requireFormat("output", output);
 
     std::vector<FramePaths> frames;
     for (QString const& input : inputs)
-        frames.push_back(
-            {input, output.isEmpty() ? QDir(outputDir).filePath(QFileInfo(input).fileName()) : output});
+        frames.push_back({input, output.isEmpty() ? QDir(outputDir).filePath(QFileInfo(input).fileName()) : output});
     checkNames(frames);
     if (!parser.isSet("force"))
         checkInputsAreSafe(frames);
@@ -173,14 +123,8 @@ Options parseOptions(QStringList const& arguments)
 {
     QCommandLineParser parser;
     addOptions(parser);
-    if (!parser.parse(arguments))
-        fail(parser.errorText().chopped(1));
-
     Options options;
-    if (parser.isSet("help"))
-        options.information = parser.helpText() + details;
-    else if (parser.isSet("version"))
-        options.information = "overlay-stamp " ZT_VERSION "\n";
+    options.information = parse(parser, arguments, overlayFileHelp + QString(details));
     if (!options.information.isEmpty())
         return options;
 

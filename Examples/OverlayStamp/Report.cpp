@@ -1,5 +1,6 @@
 #include "Report.h"
 
+#include "Console.h"
 #include "ztNumeric.h"
 
 #include <algorithm>
@@ -11,15 +12,6 @@ namespace ztExamples
 
 namespace
 {
-
-/// Whatever a file name or a message holds, it takes one line and doesn't steer the terminal.
-void printLine(std::FILE* stream, QString message)
-{
-    for (QChar& c : message)
-        if (c.category() == QChar::Other_Control)
-            c = ' ';
-    std::fputs(message.append('\n').toLocal8Bit().constData(), stream);
-}
 
 QString toClock(double seconds)
 {
@@ -36,11 +28,6 @@ QString toBar(std::size_t part, std::size_t whole)
 
 } // namespace
 
-void printError(QString const& message)
-{
-    printLine(stderr, message);
-}
-
 Report::Report(std::size_t frameCount, bool isQuiet)
     : _frameCount(frameCount), _hasBar(!isQuiet && frameCount > 1 && isatty(STDERR_FILENO)),
       _hasLines(!isQuiet && !_hasBar)
@@ -50,7 +37,7 @@ Report::Report(std::size_t frameCount, bool isQuiet)
 void Report::done(FramePaths const& frame)
 {
     if (_hasLines)
-        printLine(stdout, frame.input + " -> " + frame.output);
+        printLine(frame.input + " -> " + frame.output);
     showProgress();
 }
 

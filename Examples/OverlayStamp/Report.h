@@ -9,9 +9,6 @@
 namespace ztExamples
 {
 
-/// A line on the standard error stream.
-void printError(QString const& message);
-
 /// Reports on the frames of a sequence as they come: a line each on the standard output stream, or a progress
 /// bar if there are several and the standard error stream is a terminal.
 class Report

@@ -74,9 +74,11 @@ class Sequence
         try
         {
             Frame frame = takeFirst(_read).get();
-            _scene.stamp(frame.pixels, {QFileInfo(_frames[i].input).fileName(), i + 1, _frames.size()});
-            return run(_pool, [frame = std::move(frame), path = _frames[i].output]() mutable
-                       { writeFrame(std::move(frame), path); });
+            _scene.setTexts({QFileInfo(_frames[i].input).fileName(), i + 1, _frames.size()});
+            ztExamples::stamp(frame.pixels, osg::NullFC);
+            return run(_pool, [frame = std::move(frame), path = _frames[i].output]() mutable {
+                writeFrame(std::move(frame), path);
+            });
         }
         catch (std::exception const&)
         {

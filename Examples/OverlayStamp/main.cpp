@@ -2,6 +2,7 @@
 /// overlay-stamp: stamps labels and pictures onto image files. It shows the smallest host that the overlay
 /// library can have: no window, no viewport, a scene of overlays only.
 
+#include "Console.h"
 #include "Options.h"
 #include "Report.h"
 #include "Scene.h"
@@ -49,18 +50,11 @@ ExitCode run(QStringList const& arguments)
     return AllDone;
 }
 
-/// Qt's notes on its surroundings aren't the user's concern; what fails is in our own messages.
-void printSevere(QtMsgType type, QMessageLogContext const&, QString const& message)
-{
-    if (type == QtCriticalMsg || type == QtFatalMsg)
-        printError(message);
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
-    qInstallMessageHandler(printSevere);
+    quietenQt();
     // Text needs an application, not a display.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -161,8 +161,9 @@ void setBlending(BlendChunk const& chunk)
 /// What no foreground is subject to.
 void disableTests()
 {
-    for (GLenum const capability :
-         {GL_CULL_FACE, GL_DEPTH_TEST, GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SCISSOR_TEST, GL_STENCIL_TEST})
+    constexpr GLenum capabilities[] = {GL_CULL_FACE, GL_DEPTH_TEST, GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SCISSOR_TEST,
+                                       GL_STENCIL_TEST};
+    for (GLenum const capability : capabilities)
         glDisable(capability);
     if (epoxy_is_desktop_gl())
         glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
@@ -176,11 +177,18 @@ bool isAsLarge(float extent, Int32 imageExtent)
     return extent + rounding >= float(imageExtent) && extent + rounding < float(imageExtent) + 1.0f;
 }
 
+/// Whether a pixel of the layout is one of the viewport. A tile's edges are fractions, which round.
+bool isUnscaled(float extent, Int32 pixels)
+{
+    constexpr float rounding = 0.01f;
+    return std::abs(extent - float(pixels)) < rounding;
+}
+
 bool isTexelForPixel(TexturedPolygon const& polygon, Image const& image, LayoutArea const& area, Viewport& viewport)
 {
     Pnt2f const low = polygon.positions[0], high = polygon.positions[2];
-    return area.right - area.left == float(viewport.getPixelWidth()) &&
-           area.top - area.bottom == float(viewport.getPixelHeight()) && isAsLarge(high.x - low.x, image.width) &&
+    return isUnscaled(area.right - area.left, viewport.getPixelWidth()) &&
+           isUnscaled(area.top - area.bottom, viewport.getPixelHeight()) && isAsLarge(high.x - low.x, image.width) &&
            isAsLarge(high.y - low.y, image.height);
 }
 
@@ -305,7 +313,8 @@ Failure OpenGLDrawAction::Context::bindTexture(TextureChunk& chunk, bool needsMi
     {
         glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
         glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-        for (GLenum const parameter : {GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS})
+        constexpr GLenum rowParameters[] = {GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS};
+        for (GLenum const parameter : rowParameters)
             glPixelStorei(parameter, 0);
         if (image.width == texture.width && image.height == texture.height)
             glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, image.width, image.height, GL_RGBA, GL_UNSIGNED_BYTE,

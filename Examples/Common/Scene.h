@@ -2,6 +2,7 @@
 /// A scene with nothing but overlays.
 #pragma once
 
+#include "OSGViewport.h"
 #include "OverlayFile.h"
 #include "Placeholders.h"
 
@@ -17,9 +18,8 @@ class Scene
     Scene& operator=(Scene const&) = delete;
     ~Scene();
 
-    /// Stamps the visible overlays onto a frame, the first entry on top.
-    /// \param pixels  in the layout of an osg::Image, see toPixels()
-    void stamp(QImage& pixels, Placeholders const& values);
+    /// Replaces the placeholders in the texts of all entries.
+    void setTexts(Placeholders const& values);
 
   private:
     struct Label
@@ -29,7 +29,11 @@ class Scene
     };
 
     std::vector<Label> _labels;
-    std::vector<osg::OverlayPtr> _visible;
 };
+
+/// Stamps the current scene's visible overlays onto a picture, the first entry on top.
+/// \param pixels  in the layout of an osg::Image, see toPixels()
+/// \param viewport  for which the overlays are laid out afterwards, or null
+void stamp(QImage& pixels, osg::ViewportPtr const& viewport);
 
 } // namespace ztExamples

@@ -39,7 +39,6 @@ Scene::Scene(std::vector<OverlayEntry> const& entries)
         if (entry.text)
             _labels.push_back({osg::dynamicCast<osg::Overlay>(node->core), *entry.text});
     }
-    ztOverlays::getAllVisibleOverlays(_visible);
 }
 
 Scene::~Scene()
@@ -47,13 +46,19 @@ Scene::~Scene()
     ztOpenSGUtils::setRoot(osg::NullFC);
 }
 
-void Scene::stamp(QImage& pixels, Placeholders const& values)
+void Scene::setTexts(Placeholders const& values)
 {
     for (auto const& [overlay, text] : _labels)
         setText(overlay, expand(text, values)->toStdString());
+}
+
+void stamp(QImage& pixels, osg::ViewportPtr const& viewport)
+{
+    std::vector<osg::OverlayPtr> visible;
+    ztOverlays::getAllVisibleOverlays(visible);
     osg::ImagePtr const image = createImageOver(pixels);
     osg::addRef(image);
-    ztOverlays::blendOverlaysOntoImage(_visible, image, osg::NullFC);
+    ztOverlays::blendOverlaysOntoImage(visible, image, viewport);
     osg::subRef(image);
 }
 

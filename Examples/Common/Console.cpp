@@ -1,0 +1,44 @@
+#include "Console.h"
+
+#include <cstdio>
+
+namespace ztExamples
+{
+
+namespace
+{
+
+/// Whatever a file name or a message holds, it takes one line and doesn't steer the terminal.
+void print(std::FILE* stream, QString message)
+{
+    for (QChar& c : message)
+        if (c.category() == QChar::Other_Control)
+            c = ' ';
+    std::fputs(message.append('\n').toLocal8Bit().constData(), stream);
+    std::fflush(stream);
+}
+
+void printSevere(QtMsgType type, QMessageLogContext const&, QString const& message)
+{
+    if (type == QtCriticalMsg || type == QtFatalMsg)
+        printError(message);
+}
+
+} // namespace
+
+void printLine(QString const& message)
+{
+    print(stdout, message);
+}
+
+void printError(QString const& message)
+{
+    print(stderr, message);
+}
+
+void quietenQt()
+{
+    qInstallMessageHandler(printSevere);
+}
+
+} // namespace ztExamples

@@ -1,0 +1,32 @@
+/// \file
+/// The command line.
+#pragma once
+
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+namespace ztExamples
+{
+
+struct Options
+{
+    /// Empty: no overlays besides the viewer's own.
+    QString overlayFile;
+    /// Empty: the built-in shape.
+    QString meshFile;
+    /// How many frames to show before quitting, 0 for no end.
+    int frameCount = 0;
+    /// Where a picture of the last frame goes, if not empty.
+    QString screenshot;
+    /// Of the window, in DPI-independent pixels.
+    QSize size{1280, 720};
+    /// Not empty: this is asked for, and nothing else.
+    QString information;
+};
+
+/// \param arguments  the program's name first
+/// \throw std::runtime_error for a usage error; what() is one line about it
+Options parseOptions(QStringList const& arguments);
+
+} // namespace ztExamples

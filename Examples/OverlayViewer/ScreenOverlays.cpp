@@ -1,0 +1,177 @@
+#include "ScreenOverlays.h"
+
+#include "OSGThread.h"
+#include "OverlayNodes.h"
+#include "View.h"
+#include "ztOverlayUtils.h"
+#include "ztPlatform.h"
+
+#include <algorithm>
+
+namespace ztExamples
+{
+
+namespace
+{
+
+constexpr char helpText[] = "  H          show or hide this list  \n"
+                            "  V          hide or show what is under the pointer  \n"
+                            "  drag       move an overlay  \n"
+                            "  R          reverse the order of the overlays  \n"
+                            "  S          save at 1x, 2x, 4x, stamped  \n"
+                            "  T          save at 1x, 2x, 4x, in tiles  \n"
+                            "  Space      pause or go on  \n"
+                            "  Q, Escape  quit  ";
+
+/// Light on dark, as large as a fraction of the window's height.
+OverlayEntry createPanel(QString const& text, float size, osg::Vec2f const& anchor)
+{
+    OverlayEntry panel;
+    panel.text = text;
+    panel.font = "DejaVu Sans Mono";
+    panel.textColor = {0.9f, 0.94f, 0.96f, 1.0f};
+    panel.backgroundColor = {0.02f, 0.03f, 0.05f};
+    panel.backgroundTransparency = {0.25f, 0.25f, 0.25f};
+    panel.sizeMode = osg::Overlay::SizeRelative;
+    panel.size = size;
+    panel.anchor = anchor;
+    return panel;
+}
+
+/// The viewer's own come first: in front of the others.
+std::vector<OverlayEntry> withPanels(std::vector<OverlayEntry> entries)
+{
+    OverlayEntry help = createPanel(helpText, 0.36f, {0.5f, 0.5f});
+    help.visible = false;
+    entries.insert(entries.begin(), {help, createPanel(QString(), 0.028f, {0.5f, 0.012f})});
+    return entries;
+}
+
+bool isShown(osg::NodePtr const& node)
+{
+    return node->travMask == 0xFFFFFFFF;
+}
+
+osg::OverlayPtr overlayOf(osg::NodePtr const& node)
+{
+    return osg::dynamicCast<osg::Overlay>(node->core);
+}
+
+/// The library marks `dirty` alone once it has brought a picture up to date, a text by rendering it. Overlays
+/// live as long as the list, other containers may not: the mask is looked at first.
+bool isRendering(osg::ChangeList::Entry const& entry)
+{
+    return entry.event == osg::ChangeList::Event::Changed && entry.mask == osg::Overlay::DirtyFieldMask &&
+           osg::dynamicCast<osg::Overlay>(entry.container)->contentType == osg::Overlay::ContentText;
+}
+
+} // namespace
+
+ScreenOverlays::ScreenOverlays(std::vector<OverlayEntry> const& entries, Placeholders const& values)
+    : _scene(withPanels(entries)), _poolRoot(ztOverlays::getOverlayPoolRoot()), _help(_poolRoot->children[0]),
+      _status(overlayOf(_poolRoot->children[1])), _viewport(osg::create<osg::Viewport>())
+{
+    osg::addRef(_viewport);
+    osg::PThreadBase::setCurrentChangeList(&_changes);
+    _scene.setTexts(values);
+    ztOverlays::addOverlays(_viewport);
+}
+
+ScreenOverlays::~ScreenOverlays()
+{
+    osg::PThreadBase::setCurrentChangeList(nullptr);
+    osg::subRef(_viewport);
+}
+
+void ScreenOverlays::layOut(QSize const& pixels, double scale)
+{
+    if (scale != ztPlatform::getDpiScaleX() && ztPlatform::setDpiScale(scale, scale))
+        for (osg::NodePtr const& node : _poolRoot->children)
+            osg::markChanged(node->core, osg::Overlay::SizeFieldMask); // raises `dirty`
+    if (pixels != QSize(_viewport->pixelWidth, _viewport->pixelHeight))
+    {
+        _viewport->pixelWidth = pixels.width();
+        _viewport->pixelHeight = pixels.height();
+        osg::markChanged(_viewport, osg::Viewport::PixelWidthFieldMask | osg::Viewport::PixelHeightFieldMask);
+    }
+    ztOverlays::updateAllOverlays(_viewport);
+    countRenderings();
+}
+
+void ScreenOverlays::countRenderings()
+{
+    auto const& entries = _changes.getEntries();
+    _renderingCount += std::size_t(std::count_if(entries.begin(), entries.end(), isRendering));
+    _changes.clear();
+}
+
+void ScreenOverlays::setStatus(QString const& text)
+{
+    setText(_status, text.toStdString());
+}
+
+void ScreenOverlays::toggleHelp()
+{
+    toggle(_help);
+}
+
+void ScreenOverlays::toggleAt(QPointF const& point)
+{
+    std::vector<osg::NodePtr> nodes = _poolRoot->children;
+    nodes.erase(std::find(nodes.begin(), nodes.end(), _help)); // has its own key
+    osg::NodePtr const node = findAt(point, nodes);
+    if (node != osg::NullFC)
+        toggle(node);
+}
+
+void ScreenOverlays::toggle(osg::NodePtr const& node)
+{
+    ztOverlays::removeOverlays(_viewport);
+    node->travMask = isShown(node) ? 0 : 0xFFFFFFFF;
+    osg::markChanged(node, osg::Node::TravMaskFieldMask);
+    ztOverlays::updateVisibility(node);
+    ztOverlays::addOverlays(_viewport);
+}
+
+void ScreenOverlays::reverse()
+{
+    ztOverlays::removeOverlays(_viewport);
+    ztOverlays::reverseOverlaysSGOrder(_poolRoot);
+    ztOverlays::addOverlays(_viewport);
+}
+
+osg::OverlayPtr ScreenOverlays::visibleAt(QPointF const& point) const
+{
+    std::vector<osg::NodePtr> nodes;
+    std::copy_if(_poolRoot->children.begin(), _poolRoot->children.end(), std::back_inserter(nodes), isShown);
+    osg::NodePtr const node = findAt(point, nodes);
+    return node != osg::NullFC ? overlayOf(node) : osg::OverlayPtr();
+}
+
+void moveTo(osg::OverlayPtr const& overlay, osg::Vec2f const& offset)
+{
+    overlay->offset = offset;
+    osg::markChanged(overlay, osg::Overlay::OffsetFieldMask);
+}
+
+void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile)
+{
+    auto const camera = osg::create<osg::TileCameraDecorator>();
+    camera->fullWidth = picture.width();
+    camera->fullHeight = picture.height();
+    camera->left = float(tile.x()) / float(picture.width());
+    camera->right = float(tile.x() + tile.width()) / float(picture.width());
+    camera->bottom = float(tile.y()) / float(picture.height());
+    camera->top = float(tile.y() + tile.height()) / float(picture.height());
+
+    auto const viewport = osg::create<osg::Viewport>();
+    osg::addRef(viewport);
+    osg::setRefdCP(viewport->camera, camera);
+    viewport->pixelWidth = tile.width();
+    viewport->pixelHeight = tile.height();
+    ztOverlays::updateAllOverlays(viewport);
+    ztOverlays::drawOverlays(&action, viewport.get());
+    osg::subRef(viewport);
+}
+
+} // namespace ztExamples

@@ -1,0 +1,65 @@
+/// \file
+/// The overlays in front of the mesh, those of the file and the viewer's own.
+#pragma once
+
+#include "OSGChangeList.h"
+#include "OSGDrawAction.h"
+#include "Scene.h"
+
+#include <QPointF>
+#include <QRect>
+
+namespace ztExamples
+{
+
+/// The current scene and the viewport that shows it. The overlays stand in the viewport's `foregrounds`, so
+/// that a frame draws a list and walks no tree; what changes the list takes them out before and puts them in
+/// after.
+class ScreenOverlays
+{
+  public:
+    ScreenOverlays(std::vector<OverlayEntry> const& entries, Placeholders const& values);
+    ScreenOverlays(ScreenOverlays const&) = delete;
+    ScreenOverlays& operator=(ScreenOverlays const&) = delete;
+    ~ScreenOverlays();
+
+    osg::ViewportPtr const& viewport() const { return _viewport; }
+
+    /// Renders and places what has changed, for a window of a size.
+    /// \param scale  pixels for each DPI-independent pixel
+    void layOut(QSize const& pixels, double scale);
+
+    /// How many texts have been rendered since the start, as far as layOut() has come.
+    std::size_t renderingCount() const { return _renderingCount; }
+
+    void setStatus(QString const& text);
+    void toggleHelp();
+
+    /// Hides or shows the topmost overlay at a point of the layout, hidden ones counted in.
+    void toggleAt(QPointF const& point);
+
+    void reverse();
+
+    /// The topmost overlay at a point of the layout that is shown, or null.
+    osg::OverlayPtr visibleAt(QPointF const& point) const;
+
+  private:
+    void toggle(osg::NodePtr const& node);
+    void countRenderings();
+
+    Scene _scene;
+    osg::NodePtr _poolRoot;
+    osg::NodePtr _help;
+    osg::OverlayPtr _status;
+    osg::ViewportPtr _viewport;
+    osg::ChangeList _changes;
+    std::size_t _renderingCount = 0;
+};
+
+/// Gives an overlay another `offset`, which only places it.
+void moveTo(osg::OverlayPtr const& overlay, osg::Vec2f const& offset);
+
+/// Lays the current scene's overlays out for a picture and draws a tile of it.
+void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile);
+
+} // namespace ztExamples

@@ -1,0 +1,258 @@
+#include "ViewerWindow.h"
+
+#include "Console.h"
+#include "Frame.h"
+#include "Picture.h"
+#include "View.h"
+
+#include <QDateTime>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QOpenGLContext>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace ztExamples
+{
+
+namespace
+{
+
+constexpr double fixedFrameTime = 1.0 / 60.0;
+constexpr double statusInterval = 0.5;
+
+QSurfaceFormat neededFormat()
+{
+    QSurfaceFormat format;
+    format.setVersion(3, 3);
+    format.setProfile(QSurfaceFormat::CoreProfile);
+    return format;
+}
+
+} // namespace
+
+bool ViewerWindow::hasOpenGL()
+{
+    QOpenGLContext context;
+    context.setFormat(neededFormat());
+    return context.create() && context.format().version() >= (context.isOpenGLES() ? qMakePair(3, 0) : qMakePair(3, 3));
+}
+
+ViewerWindow::ViewerWindow(Mesh mesh, ScreenOverlays& overlays, Options const& options)
+    : _mesh(std::move(mesh)), _overlays(overlays), _options(options)
+{
+    setFormat(neededFormat());
+    setTitle("Overlays");
+    resize(options.size);
+    _clock.start();
+}
+
+ViewerWindow::~ViewerWindow()
+{
+    releaseGraphics();
+    if (context())
+        disconnect(context(), nullptr, this, nullptr);
+}
+
+void ViewerWindow::requireGraphics()
+{
+    if (_renderer)
+        return;
+    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &ViewerWindow::releaseGraphics, Qt::UniqueConnection);
+    _renderer = std::make_unique<MeshRenderer>(_mesh);
+}
+
+void ViewerWindow::releaseGraphics()
+{
+    if (!_renderer)
+        return;
+    makeCurrent();
+    _renderer.reset();
+    _framebuffer.reset();
+    _action.release();
+    doneCurrent();
+}
+
+QSize ViewerWindow::pixelSize() const
+{
+    return size() * devicePixelRatio();
+}
+
+QPointF ViewerWindow::pointerInLayout() const
+{
+    return toLayout(_pointer, pixelSize(), devicePixelRatio());
+}
+
+void ViewerWindow::paintGL()
+try
+{
+    if (isOver())
+        return;
+    requireGraphics();
+    advance();
+    updateStatus();
+    // Asking for size and scale in each frame covers resizing and screens of another scale.
+    _overlays.layOut(pixelSize(), devicePixelRatio());
+    if (!_framebuffer || _framebuffer->size() != pixelSize())
+        _framebuffer = std::make_unique<SmoothFramebuffer>(pixelSize());
+    _framebuffer->bind();
+    drawMesh(pixelSize(), QRect(QPoint(0, 0), pixelSize()));
+    drawOverlays();
+    _framebuffer->present();
+    finishFrame();
+}
+catch (std::exception const& error)
+{
+    printError(QString::fromUtf8(error.what()));
+    QCoreApplication::exit(1);
+}
+
+/// Quitting takes a moment, in which frames may still be asked for.
+bool ViewerWindow::isOver() const
+{
+    return _options.frameCount > 0 && _frameCount == _options.frameCount;
+}
+
+/// To the time of the frame.
+void ViewerWindow::advance()
+{
+    constexpr double longestStep = 0.1; // after saving, for example
+    double const before = _now;
+    _now = _options.frameCount > 0 ? _frameCount * fixedFrameTime : double(_clock.nsecsElapsed()) * 1e-9;
+    if (!_isPaused)
+        _meshTime += std::min(_now - before, longestStep);
+}
+
+void ViewerWindow::updateStatus()
+{
+    if (_frameCount > 0 && _now < _statusTime + statusInterval)
+        return;
+    bool const isMeasured = _options.frameCount == 0 && _frameCount > 0;
+    double const seconds = (_now - _statusTime) / std::max(_frameCount - _statusFrame, 1);
+    QString const time = isMeasured ? QString::number(1000.0 * seconds, 'f', 1) : "–";
+    _overlays.setStatus(" " + time + " ms  " + counts() + " ");
+    _statusTime = _now;
+    _statusFrame = _frameCount;
+}
+
+QString ViewerWindow::counts() const
+{
+    return QString("%1 renderings  %2 uploads").arg(_overlays.renderingCount()).arg(_action.getNumUploads());
+}
+
+void ViewerWindow::drawMesh(QSize const& picture, QRect const& tile)
+{
+    _renderer->draw(modelAt(_meshTime), picture, tile);
+}
+
+void ViewerWindow::drawOverlays()
+{
+    _overlays.viewport()->render(&_action);
+    if (_action.getFailure() == _reportedFailure)
+        return;
+    _reportedFailure = _action.getFailure();
+    if (!_reportedFailure.empty())
+        printError("can't draw an overlay: " + QString::fromStdString(_reportedFailure));
+}
+
+void ViewerWindow::finishFrame()
+{
+    ++_frameCount;
+    update();
+    if (!isOver())
+        return;
+    if (!_options.screenshot.isEmpty())
+    {
+        QImage pixels = allocated(QImage(pixelSize(), QImage::Format_RGBA8888_Premultiplied));
+        readPixels(pixels, pixels.rect());
+        writeFrame({QImage(), pixels}, _options.screenshot);
+    }
+    QCoreApplication::quit();
+}
+
+void ViewerWindow::saveStamped()
+{
+    save("stamped", [this](QSize const& size) {
+        QImage picture = renderPicture(size, [&](QRect const& tile) { drawMesh(size, tile); });
+        stamp(picture, _overlays.viewport());
+        return picture;
+    });
+}
+
+void ViewerWindow::saveTiled()
+{
+    save("tiled", [this](QSize const& size) {
+        return renderPicture(size, [&](QRect const& tile) {
+            drawMesh(size, tile);
+            drawTile(_action, size, tile);
+        });
+    });
+}
+
+/// Once for each size. The next frame lays the overlays out for the window again.
+void ViewerWindow::save(QString const& kind, std::function<QImage(QSize const& size)> const& render)
+try
+{
+    QString const time = QDateTime::currentDateTime().toString("yyyyMMdd-HHmmss-zzz");
+    makeCurrent();
+    requireGraphics();
+    for (int const factor : {1, 2, 4})
+    {
+        QString const path = QString("overlay-viewer-%1-%2-%3x.png").arg(time, kind).arg(factor);
+        writeFrame({QImage(), render(pixelSize() * factor)}, path);
+        printLine(path);
+    }
+    doneCurrent();
+}
+catch (std::exception const& error)
+{
+    printError(QString::fromUtf8(error.what()));
+}
+
+void ViewerWindow::keyPressEvent(QKeyEvent* event)
+{
+    switch (event->isAutoRepeat() ? 0 : event->key())
+    {
+    case Qt::Key_H:
+        return _overlays.toggleHelp();
+    case Qt::Key_V:
+        return _overlays.toggleAt(pointerInLayout());
+    case Qt::Key_R:
+        return _overlays.reverse();
+    case Qt::Key_S:
+        return saveStamped();
+    case Qt::Key_T:
+        return saveTiled();
+    case Qt::Key_Space:
+        _isPaused = !_isPaused;
+        return;
+    case Qt::Key_Q:
+    case Qt::Key_Escape:
+        return QCoreApplication::quit();
+    }
+}
+
+void ViewerWindow::mousePressEvent(QMouseEvent* event)
+{
+    _pointer = event->localPos();
+    _dragged = event->button() == Qt::LeftButton ? _overlays.visibleAt(pointerInLayout()) : _dragged;
+    if (_dragged != osg::NullFC)
+        _dragOrigin = {double(_dragged->offset.x) - _pointer.x(), double(_dragged->offset.y) + _pointer.y()};
+}
+
+void ViewerWindow::mouseMoveEvent(QMouseEvent* event)
+{
+    _pointer = event->localPos();
+    if (_dragged != osg::NullFC)
+        moveTo(_dragged, {float(_dragOrigin.x() + _pointer.x()), float(_dragOrigin.y() - _pointer.y())});
+}
+
+void ViewerWindow::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton)
+        _dragged = osg::NullFC;
+}
+
+} // namespace ztExamples
