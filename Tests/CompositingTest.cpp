@@ -16,8 +16,9 @@ namespace
 using CompositingTest = SceneTest;
 using ztOverlays::blendOverlaysOntoImage;
 
-// The lines of a text painted by hand with the same font, its lower left corner at a place of the frame.
-TEST_F(CompositingTest, TextAgreesWithQPainter)
+// The lines of a text painted by hand with the same font, its lower left corner at a place of the frame, and a
+// translucent picture over it.
+TEST_F(CompositingTest, TextAndPictureAgreeWithQPainter)
 {
     // Scripts that are shaped, run from right to left or beyond 16 bits, and bytes that are no UTF-8.
     char const* const lines[] = {
@@ -60,10 +61,28 @@ TEST_F(CompositingTest, TextAgreesWithQPainter)
     int const bottom = int(360 * 0.61f - 0.61f * float(label.height()));
     QPainter(&expected).drawImage(left, 360 - bottom - label.height(), label);
 
+    osg::ImagePtr const picture = makeImage(90, 70);
+    for (std::size_t i = 0; i < picture->pixels.size(); ++i)
+        picture->pixels[i] = osg::UInt8(i % 4 == 3 ? i / 360 * 3 : i * 5 % (i / 360 * 3 + 1));
+    osg::OverlayPtr const over = makePicture(picture);
+    over->size = 70;
+    over->offset = {250.6f, 170.3f};
+    QImage const pixels(picture->pixelBuffer(), 90, 70, QImage::Format_RGBA8888_Premultiplied);
+    QPainter(&expected).drawImage(250, 360 - 170 - 70, pixels.mirrored());
+
     expected = expected.mirrored();
-    blendOverlaysOntoImage({overlay}, frame, osg::NullFC);
+    blendOverlaysOntoImage({overlay, over}, frame, osg::NullFC);
     for (std::size_t i = 0; i < frame->pixels.size(); ++i)
         ASSERT_NEAR(frame->pixels[i], expected.constBits()[i], 1) << i;
+}
+
+TEST_F(CompositingTest, WhiteTextOnWhiteStaysWhite)
+{
+    osg::ImagePtr const frame = makeImage(300, 100, {255, 255, 255, 255});
+    osg::OverlayPtr const overlay = makeText("White on white");
+    overlay->size = 23;
+    blendOverlaysOntoImage({overlay}, frame, osg::NullFC);
+    EXPECT_GE(*std::min_element(frame->pixels.begin(), frame->pixels.end()), 254);
 }
 
 TEST_F(CompositingTest, LaterOverlaysLieOnTop)
