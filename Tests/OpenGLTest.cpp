@@ -352,9 +352,8 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBefore)
     glBindVertexArray(vertexArray);
     glBindBuffer(GL_ARRAY_BUFFER, buffers[0]);
     glBindBuffer(GL_PIXEL_UNPACK_BUFFER, buffers[1]);
-    for (GLenum capability :
-         {GL_CULL_FACE, GL_DEPTH_TEST, GL_SCISSOR_TEST, GL_STENCIL_TEST, GL_SAMPLE_ALPHA_TO_COVERAGE})
-        glEnable(capability);
+    for (int capability : {GL_CULL_FACE, GL_DEPTH_TEST, GL_SCISSOR_TEST, GL_STENCIL_TEST, GL_SAMPLE_ALPHA_TO_COVERAGE})
+        glEnable(GLenum(capability));
     glCullFace(GL_FRONT_AND_BACK);
     glDepthFunc(GL_NEVER);
     glScissor(1, 2, 3, 4);
