@@ -20,7 +20,8 @@ struct Frame
 Frame readFrame(QString const& path);
 
 /// Writes a frame's pixels whole or not at all, in the format of the path's suffix and with the original's
-/// kind of alpha and metadata. \throw std::exception if it can't be written; what() is the reason
+/// kind of alpha and metadata.
+/// \throw std::exception if it can't be written; what() is the reason
 void writeFrame(Frame frame, QString const& path);
 
 } // namespace ztExamples

@@ -9,8 +9,8 @@
 namespace ztExamples
 {
 
-/// A picture from a file, turned as its file says. \throw std::runtime_error if it can't be read; what() is
-/// the reason
+/// A picture from a file, turned as its file says.
+/// \throw std::runtime_error if it can't be read; what() is the reason
 QImage readPicture(QString const& path);
 
 /// The result of an operation of QImage, which gives a null image where there is no memory for it.
@@ -18,7 +18,8 @@ QImage readPicture(QString const& path);
 QImage allocated(QImage image);
 
 /// The pixels in the layout of an osg::Image: red, green, blue, alpha, premultiplied, bottom row first, no
-/// gaps. \throw std::runtime_error without the memory for it
+/// gaps.
+/// \throw std::runtime_error without the memory for it
 QImage toPixels(QImage const& picture);
 
 /// A new image, its count 0, that uses the bytes of such pixels in place: they have to outlive it.
