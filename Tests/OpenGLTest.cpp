@@ -192,10 +192,10 @@ TEST_P(OpenGLTest, ScaledPicturesResembleTheStamp)
         picture->pixels[i] = osg::UInt8(
             i % 4 == 3 ? 200 : 100 + 100 * std::sin(double(i / 4 % 120) * 0.15) * std::cos(double(i / 480) * 0.2));
     osg::OverlayPtr const overlay = makePicture(picture);
-    overlay->anchor = {0.5f, 0.5f};
-    for (float size : {160.0f, 100.0f, 60.0f, 40.0f})
+    for (float size : {160.9f, 100.0f, 60.7f, 40.2f})
     {
         overlay->size = size;
+        overlay->offset = {size / 7, size / 9};
         osg::ImagePtr const stamped = stampOver(frame, overlay), drawn = drawOver(frame, {overlay});
         double squares = 0;
         for (std::size_t i = 0; i < frame->pixels.size(); ++i)

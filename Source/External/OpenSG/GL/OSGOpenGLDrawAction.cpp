@@ -3,7 +3,9 @@
 #include "GLState.h"
 #include "OSGViewport.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <unordered_map>
 
@@ -169,50 +171,34 @@ void disableTests()
         glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
 }
 
-/// Whether an extent, cut to whole pixels, is that of an image. The extent is a difference of rounded
-/// coordinates.
-bool isAsLarge(float extent, Int32 imageExtent)
-{
-    constexpr float rounding = 0.01f;
-    return extent + rounding >= float(imageExtent) && extent + rounding < float(imageExtent) + 1.0f;
-}
-
 /// Whether a pixel of the layout is one of the viewport. A tile's edges are fractions, which round.
-bool isUnscaled(float extent, Int32 pixels)
+bool isUnscaled(LayoutArea const& area, Viewport& viewport)
 {
     constexpr float rounding = 0.01f;
-    return std::abs(extent - float(pixels)) < rounding;
+    return std::abs(area.right - area.left - float(viewport.getPixelWidth())) < rounding &&
+           std::abs(area.top - area.bottom - float(viewport.getPixelHeight())) < rounding;
 }
 
-bool isTexelForPixel(TexturedPolygon const& polygon, Image const& image, LayoutArea const& area, Viewport& viewport)
+/// From coordinates of a polygon, along one axis, to those at which it is drawn.
+struct Fit
 {
-    Pnt2f const low = polygon.positions[0], high = polygon.positions[2];
-    return isUnscaled(area.right - area.left, viewport.getPixelWidth()) &&
-           isUnscaled(area.top - area.bottom, viewport.getPixelHeight()) && isAsLarge(high.x - low.x, image.width) &&
-           isAsLarge(high.y - low.y, image.height);
-}
+    float from = 0.0f;
+    float to = 0.0f;
+    float scale = 1.0f;
+    float extent = 0.0f;
 
-/// From the polygon's first corner to a coordinate that is `extent` away from it, to one that is `pixels`
-/// away.
-float snapped(float corner, float coordinate, float extent, Int32 pixels)
-{
-    return std::trunc(corner) + (coordinate - corner) * (float(pixels) / extent);
-}
+    float operator()(float coordinate) const { return to + (coordinate - from) * scale; }
+};
 
-void collectVertices(TexturedPolygon const& polygon, Image const* snapTo, LayoutArea const& area,
-                     std::vector<Vertex>& vertices)
+/// Cuts the first coordinate and the extent of a polygon to whole pixels; leaves one that has no whole pixel. The
+/// extent is a difference of rounded coordinates.
+Fit fitToPixels(float low, float high)
 {
-    vertices.clear();
-    Pnt2f const low = polygon.positions[0], high = polygon.positions[2];
-    for (std::size_t i = 0; i < polygon.positions.size(); ++i)
-    {
-        Pnt2f corner = polygon.positions[i];
-        if (snapTo)
-            corner = {snapped(low.x, corner.x, high.x - low.x, snapTo->width),
-                      snapped(low.y, corner.y, high.y - low.y, snapTo->height)};
-        Vec3f const texCoord = polygon.texCoords[i];
-        vertices.push_back({corner.x - area.left, corner.y - area.bottom, texCoord.x, texCoord.y});
-    }
+    float const rounding = 2.0f * std::numeric_limits<float>::epsilon() * std::max(std::abs(low), std::abs(high));
+    float const extent = std::floor(high - low + rounding);
+    if (!(extent >= 1.0f))
+        return {};
+    return {low, std::trunc(low), extent / (high - low), extent};
 }
 
 } // namespace
@@ -414,14 +400,20 @@ std::string OpenGLDrawAction::drawInContext(TexturedPolygon const& polygon, View
     if (!program.failure.empty())
         return program.failure;
 
-    bool const isExact = isTexelForPixel(polygon, image, area, viewport);
+    Fit fitX, fitY;
+    if (isUnscaled(area, viewport))
+    {
+        fitX = fitToPixels(polygon.positions[0].x, polygon.positions[2].x);
+        fitY = fitToPixels(polygon.positions[0].y, polygon.positions[2].y);
+    }
+    bool const isTexelForPixel = fitX.extent == float(image.width) && fitY.extent == float(image.height);
     glActiveTexture(GL_TEXTURE0);
     glBindSampler(0, 0);
-    bool const needsMipmaps = !isExact && isMipmapping(chunks.texture->minFilter);
+    bool const needsMipmaps = !isTexelForPixel && isMipmapping(chunks.texture->minFilter);
     Failure const failure = _context->bindTexture(*chunks.texture, needsMipmaps, _numUploads);
     if (!failure.empty())
         return failure;
-    setFilters(*chunks.texture, isExact);
+    setFilters(*chunks.texture, isTexelForPixel);
     setBlending(*chunks.blend);
     disableTests();
     glViewport(viewport.pixelLeft, viewport.pixelBottom, viewport.getPixelWidth(), viewport.getPixelHeight());
@@ -432,7 +424,13 @@ std::string OpenGLDrawAction::drawInContext(TexturedPolygon const& polygon, View
     glUniformMatrix4fv(program.pixelsToClip, 1, GL_FALSE, pixelsToClip);
 
     auto& vertices = _context->vertices;
-    collectVertices(polygon, isExact ? &image : nullptr, area, vertices);
+    vertices.clear();
+    for (std::size_t i = 0; i < polygon.positions.size(); ++i)
+    {
+        Pnt2f const corner = polygon.positions[i];
+        Vec3f const texCoord = polygon.texCoords[i];
+        vertices.push_back({fitX(corner.x) - area.left, fitY(corner.y) - area.bottom, texCoord.x, texCoord.y});
+    }
     glBindVertexArray(_context->vertexArray);
     glBindBuffer(GL_ARRAY_BUFFER, _context->vertexBuffer);
     glBufferData(GL_ARRAY_BUFFER, GLsizeiptr(vertices.size() * sizeof(Vertex)), vertices.data(), GL_STREAM_DRAW);

@@ -36,10 +36,11 @@ class OPENSGGL_EXPORT OpenGLDrawAction : public DrawActionBase
 
     /// Draws a polygon with the texture, blend and shader chunks of its osg::ChunkMaterial.
     ///
-    /// Positions are pixels of Viewport::getLayoutArea(), which fills the viewport. A polygon as large as its image,
-    /// where a pixel of the layout is one of the viewport, is drawn texel for pixel with its corner truncated to whole
-    /// pixels. Colour is blended by the blend chunk's factors; in the alpha channel a source factor of GL_SRC_ALPHA
-    /// counts as GL_ONE, so that the alpha of what is drawn over stays that of a picture laid over another.
+    /// Positions are pixels of Viewport::getLayoutArea(), which fills the viewport. Where a pixel of the layout is one
+    /// of the viewport, the polygon's first corner and its extent from there to the third are truncated to whole
+    /// pixels, unless that leaves nothing; one that is then as large as its image is drawn texel for pixel. Colour is
+    /// blended by the blend chunk's factors; in the alpha channel a source factor of GL_SRC_ALPHA counts as GL_ONE, so
+    /// that the alpha of what is drawn over stays that of a picture laid over another.
     ///
     /// Nothing is drawn, no GL error is left and getFailure() tells why if there is no context, or another than the
     /// action's, or one below the versions above; if the material or one of its chunks is missing, the image is null,
