@@ -26,6 +26,9 @@ class ZTOPENSGEXT_EXPORT OverlayBase : public NodeCore
         SizeRelative = 1
     };
 
+    /// The derived polygon, counted; null until the overlay library has made it. The first in memory: a walk over many
+    /// overlays reads little else.
+    OSG_FIELD(NodeCore, 11, Foreground, foreground, PolygonForeground2Ptr);
     /// What the overlay shows.
     OSG_FIELD(NodeCore, 0, ContentType, contentType, Int32) = ContentText;
     /// The picture of a ContentImage overlay, counted: assign it with setRefdCP(). Premultiplied alpha.
@@ -47,8 +50,6 @@ class ZTOPENSGEXT_EXPORT OverlayBase : public NodeCore
     OSG_FIELD(NodeCore, 9, Anchor, anchor, Vec2f);
     /// Shift from there in DPI-independent pixels, x right, y up.
     OSG_FIELD(NodeCore, 10, Offset, offset, Vec2f);
-    /// The derived polygon, counted; null until the overlay library has made it.
-    OSG_FIELD(NodeCore, 11, Foreground, foreground, PolygonForeground2Ptr);
     /// Whether the picture has to be rendered anew.
     OSG_FIELD(NodeCore, 12, Dirty, dirty, bool) = true;
     static constexpr UInt16 FieldEnd = NodeCore::FieldEnd + 13;

@@ -18,6 +18,7 @@ bool hasOverlays()
 std::vector<osg::ForegroundPtr> visibleForegrounds()
 {
     std::vector<osg::ForegroundPtr> foregrounds;
+    foregrounds.reserve(getOverlayPoolRoot()->children.size());
     traverseVisibleOverlays([&foregrounds](OverlayPtr& overlay) { foregrounds.push_back(overlay->foreground); });
     return foregrounds;
 }
@@ -38,18 +39,20 @@ void removeOverlays(ViewportPtr& viewport)
 {
     if (!hasOverlays() || viewport == osg::NullFC)
         return;
-    // How many entries of each foreground are still to go: as many as the walk visits it, the first ones.
     std::vector<osg::ForegroundPtr> const removed = visibleForegrounds();
+    auto& entries = viewport->foregrounds;
+    // Mostly the list begins with them, in their order.
+    auto const [rest, kept] = std::mismatch(removed.begin(), removed.end(), entries.begin(), entries.end());
+    // How many entries of each other foreground are to go: as many as the walk visits it, the first ones.
     std::unordered_map<osg::FieldContainer*, std::size_t> toRemove;
-    toRemove.reserve(removed.size());
-    for (osg::ForegroundPtr const& foreground : removed)
-        ++toRemove[foreground.get()];
+    for (auto it = rest; it != removed.end(); ++it)
+        ++toRemove[it->get()];
     auto const isToGo = [&toRemove](osg::ForegroundPtr const& entry) {
         auto const found = toRemove.find(entry.get());
         return found != toRemove.end() && found->second > 0 && found->second-- > 0;
     };
-    auto& entries = viewport->foregrounds;
-    entries.erase(std::remove_if(entries.begin(), entries.end(), isToGo), entries.end());
+    entries.erase(std::remove_if(kept, entries.end(), isToGo), entries.end());
+    entries.erase(entries.begin(), kept);
     osg::markChanged(viewport, osg::ViewportBase::ForegroundsFieldMask);
 }
 
