@@ -100,7 +100,7 @@ class OpenGLTest : public SceneTest, public testing::WithParamInterface<bool>
             viewport->foregrounds.push_back(overlay->foreground);
         }
         viewport->render(&action);
-        EXPECT_EQ(action.getFailure(), "");
+        EXPECT_EQ(action.takeFailure(), "");
         return readBack(frame->width, frame->height);
     }
 
@@ -374,7 +374,7 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBefore)
     osg::ViewportPtr const viewport = makeViewport(64, 48);
     osg::markChanged(shownImage(label), osg::AllFieldsMask); // so that it uploads, too
     label->foreground->draw(&action, viewport.get());
-    EXPECT_EQ(action.getFailure(), "");
+    EXPECT_EQ(action.takeFailure(), "");
     EXPECT_EQ(readState(GetParam()), atUnit3);
     glActiveTexture(GL_TEXTURE0);
     EXPECT_EQ(readState(GetParam()), atUnit0);
@@ -456,14 +456,14 @@ TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
         startFrom(frame);
         spoil(overlay);
         overlay->foreground->draw(&action, viewport.get());
-        EXPECT_NE(action.getFailure().find(reason), std::string::npos) << action.getFailure();
+        EXPECT_NE(action.takeFailure().find(reason), std::string::npos) << reason;
         context.makeCurrent();
         EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR)) << reason;
         EXPECT_EQ(pixelAt(readBack(8, 8), 4, 4)[0], 0) << reason;
     }
     SurfacelessContext const other(GetParam());
     makeSquare(8, {255, 255, 255, 255})->foreground->draw(&action, viewport.get());
-    EXPECT_NE(action.getFailure().find("isn't the action's"), std::string::npos);
+    EXPECT_NE(action.takeFailure().find("isn't the action's"), std::string::npos);
 }
 
 } // namespace

@@ -150,9 +150,10 @@ void ViewerWindow::drawMesh(QSize const& picture, QRect const& tile)
 void ViewerWindow::drawOverlays()
 {
     _overlays.viewport()->render(&_action);
-    if (_action.getFailure() == _reportedFailure)
+    std::string const failure = _action.takeFailure();
+    if (failure == _reportedFailure)
         return;
-    _reportedFailure = _action.getFailure();
+    _reportedFailure = failure;
     if (!_reportedFailure.empty())
         printError("can't draw an overlay: " + QString::fromStdString(_reportedFailure));
 }

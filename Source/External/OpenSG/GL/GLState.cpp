@@ -28,9 +28,41 @@ void* ask(char const* library, char const* function)
     return context;
 }
 
-void enable(GLenum capability, GLboolean enabled)
+/// What would alter plain polygons or where they are drawn. Those from `firstOfDesktop` on aren't in OpenGL ES.
+constexpr GLenum alterations[] = {
+    GL_CULL_FACE,        GL_DEPTH_TEST,     GL_RASTERIZER_DISCARD,  GL_SAMPLE_ALPHA_TO_COVERAGE,
+    GL_SAMPLE_COVERAGE,  GL_SCISSOR_TEST,   GL_STENCIL_TEST,        GL_COLOR_LOGIC_OP,
+    GL_FRAMEBUFFER_SRGB, GL_POLYGON_SMOOTH, GL_SAMPLE_ALPHA_TO_ONE, GL_SAMPLE_MASK};
+constexpr std::size_t firstOfDesktop = 7;
+
+std::size_t numAlterations(GLVersion const& version)
 {
-    enabled ? glEnable(capability) : glDisable(capability);
+    return version.isDesktop ? std::size(alterations) : firstOfDesktop;
+}
+
+constexpr GLenum unpackParameters[] = {GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS,
+                                       GL_UNPACK_SKIP_PIXELS};
+constexpr GLint plainUnpack[] = {4, 0, 0, 0};
+
+bool hasViewports(GLVersion const& version)
+{
+    return version.isDesktop && version.number >= 41;
+}
+
+/// Whether the context keeps a capability for each draw buffer or viewport.
+bool isIndexed(GLVersion const& version, GLenum capability)
+{
+    if (capability == GL_BLEND)
+        return version.isDesktop || version.number >= 32;
+    return capability == GL_SCISSOR_TEST && hasViewports(version);
+}
+
+void setEnabled(GLVersion const& version, GLenum capability, bool enabled)
+{
+    if (isIndexed(version, capability))
+        enabled ? glEnablei(capability, 0) : glDisablei(capability, 0);
+    else
+        enabled ? glEnable(capability) : glDisable(capability);
 }
 
 } // namespace
@@ -44,50 +76,89 @@ void* getCurrentGLContext()
     return context ? context : ask("libGL.so.1", "glXGetCurrentContext");
 }
 
-GLStateGuard::GLStateGuard() : _isDesktop(epoxy_is_desktop_gl())
+GLVersion GLVersion::ofCurrentContext()
 {
-    for (std::size_t i = 0; i < std::size(capabilities); ++i)
-        _enabled[i] = glIsEnabled(capabilities[i]);
+    return {epoxy_gl_version(), epoxy_is_desktop_gl()};
+}
+
+void setBlending(GLVersion const& version, Blending const& blending)
+{
+    auto const [sourceColor, destColor, sourceAlpha, destAlpha, colorEquation, alphaEquation] = blending;
+    if (version.number >= (version.isDesktop ? 40 : 32))
+    {
+        glBlendFuncSeparatei(0, sourceColor, destColor, sourceAlpha, destAlpha);
+        glBlendEquationSeparatei(0, colorEquation, alphaEquation);
+    }
+    else
+    {
+        glBlendFuncSeparate(sourceColor, destColor, sourceAlpha, destAlpha);
+        glBlendEquationSeparate(colorEquation, alphaEquation);
+    }
+}
+
+void setViewport(GLVersion const& version, std::array<GLfloat, 4> const& rectangle)
+{
+    auto const [left, bottom, width, height] = rectangle;
+    if (hasViewports(version))
+        glViewportIndexedf(0, left, bottom, width, height);
+    else
+        glViewport(GLint(left), GLint(bottom), GLsizei(width), GLsizei(height));
+}
+
+GLStateGuard::GLStateGuard(GLVersion const& version) : _version(version)
+{
+    for (std::size_t i = 0; i < numAlterations(version); ++i)
+        if ((_wasEnabled[i] = glIsEnabled(alterations[i])))
+            setEnabled(version, alterations[i], false);
+    if (version.isDesktop)
+    {
+        glGetIntegerv(GL_POLYGON_MODE, _polygonMode);
+        glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    }
     for (std::size_t i = 0; i < std::size(unpackParameters); ++i)
+    {
         _unpack[i] = get(unpackParameters[i]);
+        glPixelStorei(unpackParameters[i], plainUnpack[i]);
+    }
     _unpackBuffer = get(GL_PIXEL_UNPACK_BUFFER_BINDING);
-    _arrayBuffer = get(GL_ARRAY_BUFFER_BINDING);
-    _vertexArray = get(GL_VERTEX_ARRAY_BINDING);
-    _program = get(GL_CURRENT_PROGRAM);
+    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
     _activeTexture = get(GL_ACTIVE_TEXTURE);
     glActiveTexture(GL_TEXTURE0);
     _texture = get(GL_TEXTURE_BINDING_2D);
     _sampler = get(GL_SAMPLER_BINDING);
-    glGetIntegerv(GL_VIEWPORT, _viewport);
-    _blendFactors[0] = get(GL_BLEND_SRC_RGB);
-    _blendFactors[1] = get(GL_BLEND_DST_RGB);
-    _blendFactors[2] = get(GL_BLEND_SRC_ALPHA);
-    _blendFactors[3] = get(GL_BLEND_DST_ALPHA);
-    _blendEquations[0] = get(GL_BLEND_EQUATION_RGB);
-    _blendEquations[1] = get(GL_BLEND_EQUATION_ALPHA);
-    if (_isDesktop)
-        glGetIntegerv(GL_POLYGON_MODE, _polygonMode);
+    glBindSampler(0, 0);
+    _arrayBuffer = get(GL_ARRAY_BUFFER_BINDING);
+    _vertexArray = get(GL_VERTEX_ARRAY_BINDING);
+    _program = get(GL_CURRENT_PROGRAM);
+    glGetFloatv(GL_VIEWPORT, _viewport.data());
+    _blending = {GLenum(get(GL_BLEND_SRC_RGB)),      GLenum(get(GL_BLEND_DST_RGB)),
+                 GLenum(get(GL_BLEND_SRC_ALPHA)),    GLenum(get(GL_BLEND_DST_ALPHA)),
+                 GLenum(get(GL_BLEND_EQUATION_RGB)), GLenum(get(GL_BLEND_EQUATION_ALPHA))};
+    _wasBlending = glIsEnabled(GL_BLEND);
+    setEnabled(version, GL_BLEND, true);
 }
 
 GLStateGuard::~GLStateGuard()
 {
-    if (_isDesktop)
-        glPolygonMode(GL_FRONT_AND_BACK, GLenum(_polygonMode[0]));
-    glBlendEquationSeparate(GLenum(_blendEquations[0]), GLenum(_blendEquations[1]));
-    glBlendFuncSeparate(GLenum(_blendFactors[0]), GLenum(_blendFactors[1]), GLenum(_blendFactors[2]),
-                        GLenum(_blendFactors[3]));
-    glViewport(_viewport[0], _viewport[1], _viewport[2], _viewport[3]);
-    glBindSampler(0, GLuint(_sampler));
-    glBindTexture(GL_TEXTURE_2D, GLuint(_texture));
-    glActiveTexture(GLenum(_activeTexture));
+    setEnabled(_version, GL_BLEND, _wasBlending);
+    setBlending(_version, _blending);
+    setViewport(_version, _viewport);
+    // A program that was deleted while current is gone by now: then none is.
+    glUseProgram(0);
     glUseProgram(GLuint(_program));
     glBindVertexArray(GLuint(_vertexArray));
     glBindBuffer(GL_ARRAY_BUFFER, GLuint(_arrayBuffer));
+    glBindSampler(0, GLuint(_sampler));
+    glBindTexture(GL_TEXTURE_2D, GLuint(_texture));
+    glActiveTexture(GLenum(_activeTexture));
     glBindBuffer(GL_PIXEL_UNPACK_BUFFER, GLuint(_unpackBuffer));
     for (std::size_t i = 0; i < std::size(unpackParameters); ++i)
         glPixelStorei(unpackParameters[i], _unpack[i]);
-    for (std::size_t i = 0; i < std::size(capabilities); ++i)
-        enable(capabilities[i], _enabled[i]);
+    if (_version.isDesktop)
+        glPolygonMode(GL_FRONT_AND_BACK, GLenum(_polygonMode[0]));
+    for (std::size_t i = 0; i < numAlterations(_version); ++i)
+        if (_wasEnabled[i])
+            setEnabled(_version, alterations[i], true);
 }
 
 } // namespace osg

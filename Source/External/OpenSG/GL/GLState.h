@@ -4,33 +4,57 @@
 
 #include <epoxy/gl.h>
 
+#include <array>
+
 namespace osg
 {
 
 /// The context that is current on this thread, whatever made it; null for none.
 void* getCurrentGLContext();
 
-/// Puts the state that drawing touches back at the end of its life. The texture and sampler are those of unit 0.
+/// What a context offers.
+struct GLVersion
+{
+    static GLVersion ofCurrentContext();
+
+    /// OpenGL 3.3 or OpenGL ES 3.0.
+    bool isEnough() const { return number >= (isDesktop ? 33 : 30); }
+
+    /// Ten times the version: 33 for 3.3.
+    int number;
+    bool isDesktop;
+};
+
+/// How colours are blended in the first draw buffer.
+struct Blending
+{
+    GLenum sourceColor, destColor, sourceAlpha, destAlpha, colorEquation, alphaEquation;
+};
+
+void setBlending(GLVersion const& version, Blending const& blending);
+
+/// The rectangle of the first viewport: left, bottom, width, height.
+void setViewport(GLVersion const& version, std::array<GLfloat, 4> const& rectangle);
+
+/// Keeps drawing and the context's state apart. From its start on nothing alters plain polygons and the upload of plain
+/// bytes, texture unit 0 is active and has no sampler, and blending is on. At its end all that, and what else drawing
+/// touches, is as it was. Where state is kept for each draw buffer or viewport, it touches only the first.
 class GLStateGuard
 {
   public:
-    GLStateGuard();
+    explicit GLStateGuard(GLVersion const& version);
     GLStateGuard(GLStateGuard const&) = delete;
     GLStateGuard& operator=(GLStateGuard const&) = delete;
     ~GLStateGuard();
 
   private:
-    static constexpr GLenum capabilities[] = {
-        GL_BLEND, GL_CULL_FACE, GL_DEPTH_TEST, GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SCISSOR_TEST, GL_STENCIL_TEST};
-    static constexpr GLenum unpackParameters[] = {GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS,
-                                                  GL_UNPACK_SKIP_PIXELS};
-
-    GLboolean _enabled[6];
-    GLint _unpack[4];
-    GLint _unpackBuffer, _arrayBuffer, _vertexArray, _program, _activeTexture, _texture, _sampler;
-    GLint _viewport[4], _blendFactors[4], _blendEquations[2], _polygonMode[2];
-    /// ES has no polygon mode.
-    bool _isDesktop;
+    GLVersion _version;
+    std::array<bool, 12> _wasEnabled{};
+    std::array<GLint, 4> _unpack;
+    GLint _unpackBuffer, _arrayBuffer, _vertexArray, _program, _activeTexture, _texture, _sampler, _polygonMode[2];
+    bool _wasBlending;
+    std::array<GLfloat, 4> _viewport;
+    Blending _blending;
 };
 
 } // namespace osg

@@ -8,6 +8,7 @@
 #include <limits>
 #include <map>
 #include <unordered_map>
+#include <utility>
 
 namespace osg
 {
@@ -132,7 +133,8 @@ Program build(std::string const& vertexProgram, std::string const& fragmentProgr
     if (program.failure.empty())
     {
         program.name = link(vertexShader, fragmentShader, program.failure);
-        program.pixelsToClip = glGetUniformLocation(program.name, "pixelsToClip");
+        if (program.failure.empty())
+            program.pixelsToClip = glGetUniformLocation(program.name, "pixelsToClip");
     }
     glDeleteShader(vertexShader);
     glDeleteShader(fragmentShader);
@@ -152,23 +154,10 @@ void setFilters(TextureChunk const& chunk, bool isTexelForPixel)
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GLint(chunk.wrapT));
 }
 
-void setBlending(BlendChunk const& chunk)
+Blending blendingOf(BlendChunk const& chunk)
 {
-    glEnable(GL_BLEND);
-    glBlendEquation(GL_FUNC_ADD);
     GLenum const alphaFactor = chunk.srcFactor == GL_SRC_ALPHA ? GL_ONE : chunk.srcFactor;
-    glBlendFuncSeparate(chunk.srcFactor, chunk.destFactor, alphaFactor, chunk.destFactor);
-}
-
-/// What no foreground is subject to.
-void disableTests()
-{
-    constexpr GLenum capabilities[] = {GL_CULL_FACE, GL_DEPTH_TEST, GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SCISSOR_TEST,
-                                       GL_STENCIL_TEST};
-    for (GLenum const capability : capabilities)
-        glDisable(capability);
-    if (epoxy_is_desktop_gl())
-        glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    return {chunk.srcFactor, chunk.destFactor, alphaFactor, chunk.destFactor, GL_FUNC_ADD, GL_FUNC_ADD};
 }
 
 /// Whether a pixel of the layout is one of the viewport. A tile's edges are fractions, which round.
@@ -179,7 +168,21 @@ bool isUnscaled(LayoutArea const& area, Viewport& viewport)
            std::abs(area.top - area.bottom - float(viewport.getPixelHeight())) < rounding;
 }
 
-/// From coordinates of a polygon, along one axis, to those at which it is drawn.
+/// Whether a polygon is an upright rectangle, its lower left corner first and the opposite one third.
+bool isRectangle(TexturedPolygon const& polygon)
+{
+    std::vector<Pnt2f> const& corners = polygon.positions;
+    return corners.size() == 4 && corners[0].x == corners[3].x && corners[0].y == corners[1].y &&
+           corners[2].x == corners[1].x && corners[2].y == corners[3].y;
+}
+
+bool showsWholeImage(TexturedPolygon const& polygon)
+{
+    Vec3f const low = polygon.texCoords[0], high = polygon.texCoords[2];
+    return low.x == 0.0f && low.y == 0.0f && high.x == 1.0f && high.y == 1.0f;
+}
+
+/// From coordinates of a rectangle, along one axis, to those at which it is drawn.
 struct Fit
 {
     float from = 0.0f;
@@ -190,7 +193,7 @@ struct Fit
     float operator()(float coordinate) const { return to + (coordinate - from) * scale; }
 };
 
-/// Cuts the first coordinate and the extent of a polygon to whole pixels; leaves one that has no whole pixel. The
+/// Cuts the first coordinate and the extent of a rectangle to whole pixels; leaves one that has no whole pixel. The
 /// extent is a difference of rounded coordinates.
 Fit fitToPixels(float low, float high)
 {
@@ -206,7 +209,7 @@ Fit fitToPixels(float low, float high)
 /// What an action holds in one OpenGL context.
 struct OpenGLDrawAction::Context
 {
-    explicit Context(void* current);
+    Context(void* current, GLVersion const& currentVersion);
 
     /// Deletes everything; the context is current.
     void deleteAll();
@@ -221,6 +224,7 @@ struct OpenGLDrawAction::Context
     void drop(ProgramUse const& use);
 
     void* handle;
+    GLVersion version;
     GLint maxTextureSize = 0;
     GLuint vertexArray = 0;
     GLuint vertexBuffer = 0;
@@ -231,8 +235,10 @@ struct OpenGLDrawAction::Context
     UInt64 numEnded = StateChunk::getNumEnded();
 };
 
-OpenGLDrawAction::Context::Context(void* current) : handle(current)
+OpenGLDrawAction::Context::Context(void* current, GLVersion const& currentVersion)
+    : handle(current), version(currentVersion)
 {
+    GLStateGuard const guard(version);
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maxTextureSize);
     glGenVertexArrays(1, &vertexArray);
     glGenBuffers(1, &vertexBuffer);
@@ -297,11 +303,6 @@ Failure OpenGLDrawAction::Context::bindTexture(TextureChunk& chunk, bool needsMi
 
     if (isNew || texture.revision != chunk.getImageRevision())
     {
-        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-        glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-        constexpr GLenum rowParameters[] = {GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS};
-        for (GLenum const parameter : rowParameters)
-            glPixelStorei(parameter, 0);
         if (image.width == texture.width && image.height == texture.height)
             glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, image.width, image.height, GL_RGBA, GL_UNSIGNED_BYTE,
                             image.pixelBuffer());
@@ -360,9 +361,11 @@ void OpenGLDrawAction::release()
 
 void OpenGLDrawAction::drawPolygon(TexturedPolygon const& polygon, Viewport& viewport)
 {
-    _failure = draw(polygon, viewport);
-    if (_failure.empty())
+    std::string const failure = draw(polygon, viewport);
+    if (failure.empty())
         ++_numDraws;
+    else if (_failure.empty())
+        _failure = failure;
 }
 
 std::string OpenGLDrawAction::draw(TexturedPolygon const& polygon, Viewport& viewport)
@@ -372,13 +375,22 @@ std::string OpenGLDrawAction::draw(TexturedPolygon const& polygon, Viewport& vie
         return "no OpenGL context is current";
     if (_context && _context->handle != current)
         return "the current OpenGL context isn't the action's";
-    if (!_context && epoxy_gl_version() < (epoxy_is_desktop_gl() ? 33 : 30))
-        return "OpenGL 3.3 or OpenGL ES 3.0 is needed";
-    GLStateGuard const guard;
+    takeGLError(); // the host's, which isn't this draw's failure
     if (!_context)
-        _context = std::make_unique<Context>(current);
+    {
+        GLVersion const version = GLVersion::ofCurrentContext();
+        if (!version.isEnough())
+            return "OpenGL 3.3 or OpenGL ES 3.0 is needed";
+        _context = std::make_unique<Context>(current, version);
+    }
     _context->sweep();
-    return drawInContext(polygon, viewport);
+    Failure failure;
+    {
+        GLStateGuard const guard(_context->version);
+        failure = drawInContext(polygon, viewport);
+    }
+    Failure const error = takeGLError();
+    return failure.empty() ? error : failure;
 }
 
 std::string OpenGLDrawAction::drawInContext(TexturedPolygon const& polygon, Viewport& viewport)
@@ -401,22 +413,21 @@ std::string OpenGLDrawAction::drawInContext(TexturedPolygon const& polygon, View
         return program.failure;
 
     Fit fitX, fitY;
-    if (isUnscaled(area, viewport))
+    if (isUnscaled(area, viewport) && isRectangle(polygon))
     {
         fitX = fitToPixels(polygon.positions[0].x, polygon.positions[2].x);
         fitY = fitToPixels(polygon.positions[0].y, polygon.positions[2].y);
     }
-    bool const isTexelForPixel = fitX.extent == float(image.width) && fitY.extent == float(image.height);
-    glActiveTexture(GL_TEXTURE0);
-    glBindSampler(0, 0);
+    bool const isTexelForPixel =
+        fitX.extent == float(image.width) && fitY.extent == float(image.height) && showsWholeImage(polygon);
     bool const needsMipmaps = !isTexelForPixel && isMipmapping(chunks.texture->minFilter);
     Failure const failure = _context->bindTexture(*chunks.texture, needsMipmaps, _numUploads);
     if (!failure.empty())
         return failure;
     setFilters(*chunks.texture, isTexelForPixel);
-    setBlending(*chunks.blend);
-    disableTests();
-    glViewport(viewport.pixelLeft, viewport.pixelBottom, viewport.getPixelWidth(), viewport.getPixelHeight());
+    setBlending(_context->version, blendingOf(*chunks.blend));
+    setViewport(_context->version, {GLfloat(viewport.pixelLeft), GLfloat(viewport.pixelBottom),
+                                    GLfloat(viewport.getPixelWidth()), GLfloat(viewport.getPixelHeight())});
 
     float const scaleX = 2.0f / (area.right - area.left), scaleY = 2.0f / (area.top - area.bottom);
     float const pixelsToClip[16] = {scaleX, 0, 0, 0, 0, scaleY, 0, 0, 0, 0, 1, 0, -1, -1, 0, 1};
@@ -440,9 +451,9 @@ std::string OpenGLDrawAction::drawInContext(TexturedPolygon const& polygon, View
     return stateFailure;
 }
 
-std::string const& OpenGLDrawAction::getFailure() const
+std::string OpenGLDrawAction::takeFailure()
 {
-    return _failure;
+    return std::exchange(_failure, {});
 }
 
 UInt64 OpenGLDrawAction::getNumDraws() const
