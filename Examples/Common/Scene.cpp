@@ -27,14 +27,23 @@ osg::NodePtr createRoot()
     return root;
 }
 
+/// An empty text would be rendered anew, in vain, in each frame that shows it.
+bool hasNothingToShow(OverlayEntry const& entry)
+{
+    return entry.contentType.value_or(osg::Overlay::ContentText) == osg::Overlay::ContentText &&
+           entry.text.value_or("").isEmpty();
+}
+
 } // namespace
 
 Scene::Scene(std::vector<OverlayEntry> const& entries)
 {
     ztOpenSGUtils::setRoot(createRoot());
     osg::NodePtr const poolRoot = ztOverlays::getOverlayPoolRoot();
-    for (OverlayEntry const& entry : entries)
+    for (OverlayEntry entry : entries)
     {
+        if (hasNothingToShow(entry))
+            entry.visible = false;
         osg::NodePtr const node = createOverlayNode(poolRoot, entry);
         if (entry.text)
             _labels.push_back({osg::dynamicCast<osg::Overlay>(node->core), *entry.text});

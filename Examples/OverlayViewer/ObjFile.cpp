@@ -78,6 +78,14 @@ QVector3D toVector(std::string_view text)
     return vector;
 }
 
+/// A vector of length 1 in the direction of another, however short that is; zero for zero.
+QVector3D toUnit(QVector3D const& vector)
+{
+    double const x = double(vector.x()), y = double(vector.y()), z = double(vector.z());
+    double const length = std::sqrt(x * x + y * y + z * z);
+    return length > 0.0 ? QVector3D(float(x / length), float(y / length), float(z / length)) : vector;
+}
+
 /// From 0, of a number that counts from 1, or from -1 backwards.
 std::size_t toIndex(std::string_view word, char const* what, std::size_t count)
 {
@@ -103,7 +111,7 @@ class Reader
         if (keyword == "v")
             _positions.push_back(toVector(line));
         else if (keyword == "vn")
-            _normals.push_back(toVector(line).normalized());
+            _normals.push_back(toUnit(toVector(line)));
         else if (keyword == "vt")
             ++_texCoordCount;
         else if (keyword == "f")
@@ -182,7 +190,7 @@ class Reader
                 normals[_corners[j].position] += normal;
         }
         for (QVector3D& normal : normals)
-            normal.normalize();
+            normal = toUnit(normal);
         return normals;
     }
 
@@ -210,12 +218,20 @@ std::size_t readLine(std::istream& stream, std::string& line)
     return count;
 }
 
+void skipByteOrderMark(std::istream& stream)
+{
+    for (char const c : {'\xef', '\xbb', '\xbf'})
+        if (stream.peek() == std::istream::traits_type::to_int_type(c))
+            stream.get();
+}
+
 } // namespace
 
 Mesh readObj(std::istream& stream)
 {
     Reader reader;
     std::size_t lineNumber = 1;
+    skipByteOrderMark(stream);
     try
     {
         std::string line;

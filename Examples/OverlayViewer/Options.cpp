@@ -34,15 +34,16 @@ Keys and mouse:
   Q, Escape   quit
 
 S and T write PNG files into the current folder and print their names. In the larger ones overlays of relative
-size are larger, too, and those of absolute size aren't.
+size are larger, too, and those of absolute size aren't. What is stamped at a negative position counts from the
+other side of the picture, so an overlay that hangs over the left or lower edge isn't as shown.
 
 The label at the lower edge is written anew twice a second: the mean time of a frame, how often an overlay's
 text has been rendered and how many textures have been uploaded since the start. At the end a line tells the
 counts. With --frames or --screenshot each frame is a sixtieth of a second and no time is shown, so that the
 pictures are always the same.
 
-Exit codes: 0 if all is well; 1 if the screenshot couldn't be written or there is no OpenGL 3.3 or OpenGL ES
-3.0; 2 if the command line, the JSON file or the mesh is wrong.
+Exit codes: 0 if all is well; 1 if a frame couldn't be drawn or the screenshot not be written, or there is no
+OpenGL 3.3 or OpenGL ES 3.0; 2 if the command line, the JSON file or the mesh is wrong.
 )";
 
 void addOptions(QCommandLineParser& parser)
@@ -69,7 +70,7 @@ int parseFrameCount(QString const& text)
 
 QSize parseSize(QString const& text)
 {
-    auto const match = QRegularExpression("^([0-9]{1,5})x([0-9]{1,5})$").match(text);
+    auto const match = QRegularExpression("\\A([0-9]{1,5})x([0-9]{1,5})\\z").match(text);
     QSize const size(match.captured(1).toInt(), match.captured(2).toInt());
     require(!size.isEmpty() && size.width() <= maxSide && size.height() <= maxSide,
             QString("--size: expected WxH, each from 1 to %1, got \"%2\"").arg(maxSide).arg(text));
@@ -89,6 +90,7 @@ Options parseOptions(QStringList const& arguments)
 
     QStringList const meshes = parser.positionalArguments();
     require(meshes.size() < 2, "one mesh at most is shown");
+    require(!meshes.contains(QString()), "the mesh's name is empty");
     options.meshFile = meshes.value(0);
     options.overlayFile = valueOf(parser, "overlays");
     options.screenshot = valueOf(parser, "screenshot");

@@ -43,7 +43,8 @@ std::vector<OverlayEntry> withPanels(std::vector<OverlayEntry> entries)
 {
     OverlayEntry help = createPanel(helpText, 0.36f, {0.5f, 0.5f});
     help.visible = false;
-    entries.insert(entries.begin(), {help, createPanel(QString(), 0.028f, {0.5f, 0.012f})});
+    OverlayEntry const status = createPanel(" ", 0.028f, {0.5f, 0.012f}); // until it is told
+    entries.insert(entries.begin(), {help, status});
     return entries;
 }
 

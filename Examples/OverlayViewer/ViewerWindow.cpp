@@ -23,27 +23,36 @@ namespace
 constexpr double fixedFrameTime = 1.0 / 60.0;
 constexpr double statusInterval = 0.5;
 
-QSurfaceFormat neededFormat()
+QSurfaceFormat neededFormat(bool isES)
 {
     QSurfaceFormat format;
-    format.setVersion(3, 3);
-    format.setProfile(QSurfaceFormat::CoreProfile);
+    format.setRenderableType(isES ? QSurfaceFormat::OpenGLES : QSurfaceFormat::OpenGL);
+    format.setVersion(3, isES ? 0 : 3);
+    format.setProfile(isES ? QSurfaceFormat::NoProfile : QSurfaceFormat::CoreProfile);
     return format;
+}
+
+bool canHave(QSurfaceFormat const& format)
+{
+    QOpenGLContext context;
+    context.setFormat(format);
+    return context.create() && context.format().version() >= format.version();
 }
 
 } // namespace
 
-bool ViewerWindow::hasOpenGL()
+std::optional<QSurfaceFormat> ViewerWindow::findFormat()
 {
-    QOpenGLContext context;
-    context.setFormat(neededFormat());
-    return context.create() && context.format().version() >= (context.isOpenGLES() ? qMakePair(3, 0) : qMakePair(3, 3));
+    for (QSurfaceFormat const& format : {neededFormat(false), neededFormat(true)})
+        if (canHave(format))
+            return format;
+    return std::nullopt;
 }
 
 ViewerWindow::ViewerWindow(Mesh mesh, ScreenOverlays& overlays, Options const& options)
     : _mesh(std::move(mesh)), _overlays(overlays), _options(options)
 {
-    setFormat(neededFormat());
+    setFormat(findFormat().value_or(neededFormat(false)));
     setTitle("Overlays");
     resize(options.size);
     _clock.start();
@@ -106,13 +115,14 @@ try
 catch (std::exception const& error)
 {
     printError(QString::fromUtf8(error.what()));
+    _hasFailed = true;
     QCoreApplication::exit(1);
 }
 
 /// Quitting takes a moment, in which frames may still be asked for.
 bool ViewerWindow::isOver() const
 {
-    return _options.frameCount > 0 && _frameCount == _options.frameCount;
+    return _hasFailed || (_options.frameCount > 0 && _frameCount == _options.frameCount);
 }
 
 /// To the time of the frame.
@@ -202,7 +212,10 @@ try
     for (int const factor : {1, 2, 4})
     {
         QString const path = QString("overlay-viewer-%1-%2-%3x.png").arg(time, kind).arg(factor);
-        writeFrame({QImage(), render(pixelSize() * factor)}, path);
+        QImage const picture = render(pixelSize() * factor);
+        if (std::string const failure = _action.takeFailure(); !failure.empty())
+            throw std::runtime_error("can't save " + path.toStdString() + ": " + failure);
+        writeFrame({QImage(), picture}, path);
         printLine(path);
     }
     doneCurrent();
@@ -210,6 +223,13 @@ try
 catch (std::exception const& error)
 {
     printError(QString::fromUtf8(error.what()));
+}
+
+bool ViewerWindow::event(QEvent* event)
+{
+    if (event->type() == QEvent::Enter)
+        _pointer = static_cast<QEnterEvent*>(event)->localPos();
+    return QOpenGLWindow::event(event);
 }
 
 void ViewerWindow::keyPressEvent(QKeyEvent* event)

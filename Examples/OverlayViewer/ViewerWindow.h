@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace ztExamples
 {
@@ -21,8 +22,8 @@ namespace ztExamples
 class ViewerWindow : public QOpenGLWindow
 {
   public:
-    /// Whether there is OpenGL as the window needs it.
-    static bool hasOpenGL();
+    /// The format of a context with OpenGL as the window needs it; none if there is none.
+    static std::optional<QSurfaceFormat> findFormat();
 
     /// \param overlays  have to outlive the window
     ViewerWindow(Mesh mesh, ScreenOverlays& overlays, Options const& options);
@@ -34,6 +35,7 @@ class ViewerWindow : public QOpenGLWindow
     QString counts() const;
 
   protected:
+    bool event(QEvent* event) override;
     void paintGL() override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -41,8 +43,6 @@ class ViewerWindow : public QOpenGLWindow
     void mouseReleaseEvent(QMouseEvent* event) override;
 
   private:
-    using DrawTile = std::function<void(QSize const& picture, QRect const& tile)>;
-
     void requireGraphics();
     void releaseGraphics();
     bool isOver() const;
@@ -73,6 +73,7 @@ class ViewerWindow : public QOpenGLWindow
     double _statusTime = 0.0;
     double _meshTime = 0.0;
     bool _isPaused = false;
+    bool _hasFailed = false;
     int _frameCount = 0;
     int _statusFrame = 0;
 

@@ -11,9 +11,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 
-#include <algorithm>
 #include <cstdio>
-#include <iterator>
 #include <stdexcept>
 
 namespace
@@ -28,18 +26,12 @@ enum ExitCode
     WrongInput = 2
 };
 
-bool hasDisplay()
-{
-    char const* const names[] = {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"};
-    return std::any_of(std::begin(names), std::end(names), qEnvironmentVariableIsSet);
-}
-
 int show(Options const& options)
 {
     auto const entries =
         options.overlayFile.isEmpty() ? std::vector<OverlayEntry>() : readOverlayFile(options.overlayFile);
     Mesh mesh = options.meshFile.isEmpty() ? createTrefoilKnot() : readObjFile(options.meshFile);
-    if (!ViewerWindow::hasOpenGL())
+    if (!ViewerWindow::findFormat())
     {
         printError("overlay-viewer: there is no OpenGL 3.3 and no OpenGL ES 3.0 here");
         return NotShown;
@@ -50,6 +42,11 @@ int show(Options const& options)
     window.show();
     int const exitCode = QGuiApplication::exec();
     printLine(QString("%1 frames  ").arg(window.frameCount()) + window.counts());
+    if (exitCode == AllDone && !options.screenshot.isEmpty() && window.frameCount() < options.frameCount)
+    {
+        printError("overlay-viewer: closed before the last frame, of which there is no screenshot now");
+        return NotShown;
+    }
     return exitCode;
 }
 
@@ -67,8 +64,9 @@ int run(QStringList const& arguments)
 int main(int argc, char** argv)
 {
     quietenQt();
-    if (!hasDisplay())
-        qputenv("QT_QPA_PLATFORM", "offscreen"); // for --help, and to fail in our own words
+    // Without a display there is still --help, and an answer in our own words.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb;wayland;offscreen");
     QGuiApplication const application(argc, argv);
     try
     {

@@ -16,7 +16,8 @@ class OPENSG_EXPORT StateChunk : public FieldContainer
     OSG_ABSTRACT_CONTAINER(StateChunk)
 
   public:
-    /// Expires when the chunk is destroyed: for renderers, which keep objects of their own for it.
+    /// Expires when the chunk is destroyed: for renderers, which keep objects of their own for it. One thread at a time
+    /// may ask a chunk.
     std::weak_ptr<void const> getLife() const;
 
     /// Grows when a chunk is destroyed whose life a renderer has asked for.
@@ -89,7 +90,8 @@ using BlendChunkPtr = FCPtr<BlendChunk>;
 class OPENSG_EXPORT ShaderChunkBase : public StateChunk
 {
   public:
-    /// GLSL without a `#version` line, which the renderer puts before it.
+    /// GLSL without a `#version` line, which the renderer puts before it. It feeds the inputs `position` and `texCoord`
+    /// (vec2) and the uniform `pixelsToClip` (mat4); samplers read texture unit 0.
     OSG_FIELD(StateChunk, 0, VertexProgram, vertexProgram, std::string);
     OSG_FIELD(StateChunk, 1, FragmentProgram, fragmentProgram, std::string);
     static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 2;

@@ -32,6 +32,7 @@ TileCameraDecoratorPtr findTile(CameraPtr const& camera)
 
 } // namespace
 
+// The overlay library computes the size of the same layout by its own rules, and this layer can't ask it.
 LayoutArea Viewport::getLayoutArea()
 {
     if (auto const tile = findTile(camera); tile != NullFC)

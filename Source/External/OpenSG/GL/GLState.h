@@ -9,7 +9,7 @@
 namespace osg
 {
 
-/// The context that is current on this thread, whatever made it; null for none.
+/// The context of EGL or GLX that is current on this thread; null for none.
 void* getCurrentGLContext();
 
 /// What a context offers.

@@ -11,7 +11,7 @@
 namespace osg
 {
 
-/// Draws polygons with OpenGL 3.3 core or OpenGL ES 3.0 into the framebuffer that is bound.
+/// Draws polygons with OpenGL 3.3 core or OpenGL ES 3.0, in contexts of EGL or GLX, into the framebuffer that is bound.
 ///
 /// An action belongs to the context in which it draws first, until release(). It uploads a texture when a change of the
 /// chunk's image has been marked since the last upload and at no other time, and deletes what it made for a chunk at
@@ -50,12 +50,14 @@ class OPENSGGL_EXPORT OpenGLDrawAction : public DrawActionBase
     ///
     /// Nothing is drawn and takeFailure() tells why if there is no context, or another than the action's, or one below
     /// the versions above; if the material or one of its chunks is missing, the image is null, has no bytes or is
-    /// larger than the context allows, or the shader doesn't compile; and if the polygon has fewer than three corners.
-    /// No GL error is left, not even one that the host left before.
+    /// larger than the context allows, or the shader doesn't compile; if the viewport shows nothing; if the polygon has
+    /// fewer than three corners or texture coordinates for them; and after any GL error. None is left, not even one
+    /// that the host left before.
     void drawPolygon(TexturedPolygon const& polygon, Viewport& viewport) override;
 
     /// Deletes all textures, programs and buffers. They are only forgotten if the action's context isn't the current
-    /// one: then they go with it. The next draw begins anew, in any context.
+    /// one: then they go with it. The next draw begins anew, in any context. Call it before the context ends, since a
+    /// later context can't be told from an ended one.
     void release();
 
     /// Why a polygon wasn't drawn since the last call: of several reasons the first; empty if all were drawn.
