@@ -1,14 +1,9 @@
 // What allocates nothing. Its executable counts every operator new.
 #include "TestSupport.h"
 
-#include <atomic>
 #include <cstdlib>
-#include <new>
 
-namespace
-{
-std::atomic<long> allocations{0};
-}
+static thread_local long allocations = 0;
 
 void* operator new(std::size_t size)
 {
@@ -28,35 +23,23 @@ void operator delete(void* memory, std::size_t) noexcept
     std::free(memory);
 }
 
-namespace
-{
-
 using AllocationTest = SceneTest;
 
 TEST_F(AllocationTest, QuietFrameAllocatesNothing)
 {
     osg::NodePtr const root = makeScene();
-    for (int contentType : {osg::Overlay::ContentText, osg::Overlay::ContentImage})
+    for (osg::OverlayPtr const& overlay : {makeText("text"), makePicture(makeImage(20, 10))})
     {
-        osg::OverlayPtr const overlay = overlayOf(ztOverlays::createOverlay(root));
-        overlay->contentType = contentType;
-        osg::setRefdCP(overlay->image, makeImage(20, 10));
+        makeNode(overlay, root);
         overlay->dirty = false;
-        overlay->anchor = {1, 1};
     }
     osg::ViewportPtr const viewport = makeViewport(640, 480);
-    long visible = 0;
-    auto const frame = [&] {
+    auto const allocationsOfAFrame = [&] {
+        long const before = allocations;
         ztOverlays::updateAllOverlays(viewport);
-        ztOverlays::traverseVisibleOverlays([&visible](osg::OverlayPtr&) { ++visible; });
+        ztOverlays::traverseVisibleOverlays([](osg::OverlayPtr&) {});
+        return allocations - before;
     };
-    long const atFirst = allocations;
-    frame();
-    ASSERT_GT(allocations, atFirst) << "the first frame puts the picture into its place";
-    long const before = allocations;
-    frame();
-    EXPECT_EQ(allocations, before);
-    EXPECT_EQ(visible, 4);
+    EXPECT_GT(allocationsOfAFrame(), 0) << "the first puts the picture into its place";
+    EXPECT_EQ(allocationsOfAFrame(), 0);
 }
-
-} // namespace

@@ -6,168 +6,126 @@
 #include <cmath>
 #include <limits>
 
-namespace
-{
-
-using ViewportSizeTest = SceneTest;
 using PlacementTest = SceneTest;
 
-osg::TileCameraDecoratorPtr createTile(int fullWidth, int fullHeight)
+static osg::CameraPtr createCamera(char kind, float aspect)
 {
-    auto const tile = osg::create<osg::TileCameraDecorator>();
-    tile->fullWidth = fullWidth;
-    tile->fullHeight = fullHeight;
-    tile->left = 0.25f;
-    tile->right = tile->bottom = 0.5f;
-    return tile;
+    if (kind == 'S')
+        return osg::create<osg::ShearedStereoCameraDecorator>();
+    if (kind != 'P')
+        return kind == 'T' ? SceneTest::createTile(5000, 4000) : SceneTest::createTile(80, 60);
+    auto const perspective = osg::create<osg::PerspectiveCamera>();
+    perspective->aspect = aspect;
+    return perspective;
 }
 
-TEST_F(ViewportSizeTest, FollowsTheChainOfCameras)
+TEST_F(PlacementTest, LayoutSizeFollowsTheChainOfCameras)
 {
-    // A chain of cameras from the outermost inwards: S sheared stereo, T tile of 5000 by 4000, U tile of 80
-    // by 60, P perspective with the row's aspect, which ends it.
-    float const infinity = std::numeric_limits<float>::infinity();
-    constexpr int most = std::numeric_limits<int>::max(), least = std::numeric_limits<int>::min();
-    constexpr int uneven = (1 << 24) + 1; // no float
-    using Row = std::tuple<char const*, float, int, int, int, int>;
+    int width = -1, height = -1;
+    constexpr int odd = (1 << 24) + 1; // no float
+    // Cameras from the outermost inwards (S sheared stereo, T tile of 5000 by 4000, U tile of 80 by 60, P perspective
+    // of the aspect that follows), the viewport's size and that of the layout.
+    using Row = std::tuple<std::string, float, int, int, int, int>;
     for (auto const& [chain, aspect, pixelWidth, pixelHeight, expectedWidth, expectedHeight] : {
-             Row{"", 1.0f, 800, 600, 800, 600},    {"P", 1.5f, 801, 600, 801, 600},
-             {"S", 1.5f, 801, 600, 801, 600},      {"SP", 1.0f, uneven, uneven, uneven, uneven},
-             {"SP", 1.5f, 801, 600, 1201, 600},    {"SP", 0.5f, 800, 600, 800, 1200},
-             {"SP", 0.3f, 800, 600, 800, 1999},    {"SP", 0.1f, 800, 600, 800, 6000},
-             {"SP", 1.3f, 10, 10, 13, 10},         {"SP", std::nanf(""), 800, 600, 800, 600},
-             {"SP", 0.0f, 800, 600, 800, most},    {"SP", -0.0f, 800, 600, 800, least},
-             {"SP", 0.0f, 800, 0, 800, 0},         {"SP", infinity, 800, 600, most, 600},
-             {"SSP", 1.5f, 801, 600, 801, 600},    {"T", 1.0f, 800, 600, 5000, 4000},
-             {"TSP", 1.5f, 800, 600, 5000, 4000},  {"STP", 1.5f, 800, 600, 5000, 4000},
-             {"SSTP", 1.5f, 800, 600, 5000, 4000}, {"TUP", 1.0f, 800, 600, 5000, 4000},
-             {"UTP", 1.0f, 800, 600, 80, 60},
+             Row{"P", 1.5f, 801, 600, 801, 600},
+             {"S", 1.5f, 801, 600, 801, 600},
+             {"SSP", 1.5f, 801, 600, 801, 600},
+             {"STP", 1.5f, 800, 600, 5000, 4000},
+             {"TUP", 1.0f, 800, 600, 5000, 4000},
+             {"SP", 1.0f, odd, odd, odd, odd},
+             {"SP", 1.5f, 801, 600, 1201, 600},
+             {"SP", 0.3f, 800, 600, 800, 1999},
+             {"SP", 0.1f, 800, 600, 800, 6000},
+             {"SP", 1.3f, 10, 10, 13, 10},
+             {"SP", std::nanf(""), 80, 60, 80, 60},
          })
     {
         osg::ViewportPtr const viewport = makeViewport(pixelWidth, pixelHeight);
         osg::CameraPtr* end = &viewport->camera;
-        for (char const kind : std::string(chain))
+        for (char const kind : chain)
         {
-            if (kind == 'T' || kind == 'U')
-                osg::setRefdCP(*end, kind == 'T' ? createTile(5000, 4000) : createTile(80, 60));
-            else if (kind == 'S')
-                osg::setRefdCP(*end, osg::create<osg::ShearedStereoCameraDecorator>());
-            else
-                osg::setRefdCP(*end, osg::create<osg::PerspectiveCamera>());
-            if (kind == 'P')
-                osg::dynamicCast<osg::PerspectiveCamera>(*end)->aspect = aspect;
-            else
+            osg::setRefdCP(*end, createCamera(kind, aspect));
+            if (kind != 'P')
                 end = &osg::dynamicCast<osg::CameraDecorator>(*end)->decoratee;
         }
-        int width = -1, height = -1;
         ztOverlays::getViewportSize(viewport, width, height);
         EXPECT_EQ((std::pair{width, height}), (std::pair{expectedWidth, expectedHeight})) << chain << ' ' << aspect;
-        if (!std::isnormal(aspect))
-            continue;
         osg::LayoutArea const area = viewport->getLayoutArea();
-        bool const isTile = std::string(chain).find_first_of("TU") != std::string::npos;
-        float const w = float(width), h = float(height);
-        EXPECT_EQ((std::array{area.left, area.bottom, area.right, area.top}),
-                  (isTile ? std::array{w / 4, h / 2, w / 2, h} : std::array{0.0f, 0.0f, w, h}))
-            << chain << ' ' << aspect;
+        EXPECT_EQ((std::pair{area.right, area.top}), (std::pair{float(width), float(height)})) << chain;
     }
-    int width = -1, height = -1;
     ztOverlays::getViewportSize(osg::NullFC, width, height);
     EXPECT_EQ((std::pair{width, height}), (std::pair{0, 0}));
 }
 
 TEST_F(PlacementTest, KnownRectangles)
 {
-    // Left, bottom, right and top in a target of 1000 by 500. Content and size mode 2 are none of the named ones.
-    struct Row
-    {
-        char const* name;
-        int content, sizeMode, imageWidth, imageHeight;
-        float size;
-        osg::Vec2f anchor, offset;
-        double dpiX, dpiY;
-        std::array<float, 4> expected;
-    };
-    float const scaled = 36.629997f; // rounded to float once
-    for (Row const& row : {
+    // Content type and size mode (2 is none of the named ones), size of the image and the overlay, anchor, offset, DPI
+    // scale; left, bottom, right and top in a target of 1000 by 500.
+    using Row = std::tuple<char const*, int, int, int, int, float, osg::Vec2f, osg::Vec2f, double, double,
+                           std::array<float, 4>>;
+    for (auto const& [name, content, sizeMode, width, height, size, anchor, offset, dpiX, dpiY, expected] : {
              Row{"relative", 1, 1, 200, 100, 0.2f, {1, 0}, {-10, 10}, 2, 2, {780, 20, 980, 120}},
-             {"absolute, centred", 1, 0, 200, 100, 50, {0.5f, 0.5f}, {0, 0}, 2, 2, {400, 200, 600, 300}},
+             {"absolute", 1, 0, 30, 10, 10, {0.5f, 1}, {1, 1}, 5, 2, {475, 482, 535, 502}},
              {"text", 0, 0, 64, 32, 50, {1, 1}, {0, 0}, 3, 4, {936, 468, 1000, 500}},
-             {"absolute height", 1, 0, 30, 10, 10, {0, 0}, {1, 1}, 5, 2, {5, 2, 65, 22}},
-             {"relative height", 1, 1, 30, 10, 0.1f, {0, 0}, {0, 0}, 5, 2, {0, 0, 150, 50}},
              {"other values", 2, 2, 30, 10, 0.1f, {0, 0}, {0, 0}, 5, 2, {0, 0, 150, 50}},
-             {"outside", 0, 0, 10, 10, 0, {0, 1}, {-20, 5}, 1, 1, {-20, 495, -10, 505}},
-             {"beyond", 1, 1, 30, 10, 0.5f, {-0.5f, 1.5f}, {2, 4}, 0.5, 0.25, {-124, 376, 626, 626}},
-             {"double", 1, 0, 1, 1, 33.3f, {0, 0}, {33.3f, 0}, 1.1, 1.1, {scaled, 0, 2 * scaled, scaled}},
+             {"double", 1, 0, 1, 1, 33.3f, {0, 0}, {33.3f, 0}, 1.1, 1.1, {36.629997f, 0, 73.259995f, 36.629997f}},
              {"float", 1, 0, 1, 1, 33, {.05f, .03f}, {.1f, .1f}, 1, 1, {48.449997f, 14.110001f, 81.45f, 47.11f}},
          })
     {
-        ztPlatform::setDpiScale(row.dpiX, row.dpiY);
-        osg::ImagePtr const image = makeImage(row.imageWidth, row.imageHeight);
-        osg::OverlayPtr const overlay = makePicture(row.content == 0 ? osg::ImagePtr() : image);
+        ztPlatform::setDpiScale(dpiX, dpiY);
+        osg::ImagePtr const image = makeImage(width, height);
+        osg::OverlayPtr const overlay = makePicture(content ? image : osg::ImagePtr(), size, sizeMode);
         textureOf(overlay)->setImage(image);
-        overlay->contentType = row.content;
-        overlay->sizeMode = row.sizeMode;
-        overlay->size = row.size;
-        overlay->anchor = row.anchor;
-        overlay->offset = row.offset;
+        overlay->contentType = content;
+        overlay->anchor = anchor;
+        overlay->offset = offset;
         ztOverlays::updateOverlayPosition(overlay, 1000, 500);
-        osg::Pnt2f const low = overlay->foreground->positions[0], high = overlay->foreground->positions[2];
-        EXPECT_EQ((std::array{low.x, low.y, high.x, high.y}), row.expected) << row.name;
+        auto const [left, bottom, right, top] = expected;
+        EXPECT_EQ(corners(overlay), (std::vector{left, bottom, right, bottom, right, top, left, top})) << name;
     }
 }
 
 TEST_F(PlacementTest, WritesAndMarksOnlyWhatMoved)
 {
-    osg::OverlayPtr const overlay = makeOverlay();
-    float const nan = std::nanf(""), beyond = std::nextafter(1e-6f, 1.0f), next = std::nextafter(16.0f, 17.0f);
-    for (auto const& [name, corner, stored, marks] : {std::tuple{"same", 0u, osg::Pnt2f{0, 0}, ""},
-                                                      {"at the threshold", 0u, osg::Pnt2f{1e-6f, -1e-6f}, ""},
-                                                      {"beyond it, x", 0u, osg::Pnt2f{beyond, 0}, "!8"},
-                                                      {"beyond it, y", 0u, osg::Pnt2f{0, -beyond}, "!8"},
-                                                      {"second corner isn't compared", 1u, osg::Pnt2f{99, 99}, ""},
-                                                      {"fourth corner isn't compared", 3u, osg::Pnt2f{99, 99}, ""},
-                                                      {"third corner, last digit, x", 2u, osg::Pnt2f{next, 16}, "!8"},
-                                                      {"third corner, last digit, y", 2u, osg::Pnt2f{16, next}, "!8"},
-                                                      {"not a number", 2u, osg::Pnt2f{16, nan}, "!8"}})
-    {
-        overlay->anchor = {0, 0};
+    osg::OverlayPtr const overlay = makeText("");
+    float const beyond = std::nextafter(1e-6f, 1.0f), next = std::nextafter(16.0f, 17.0f);
+    auto const marks = [&overlay](std::size_t corner, float x, float y) {
         ztOverlays::updateOverlayPosition(overlay, 100, 100);
-        overlay->foreground->positions[corner] = stored;
+        overlay->foreground->positions[corner] = {x, y};
         Recorder recorder;
         ztOverlays::updateOverlayPosition(overlay, 100, 100);
-        EXPECT_EQ(recorder.text(), marks) << name;
-        overlay->anchor = {nan, 0};
-        ztOverlays::updateOverlayPosition(overlay, 100, 100);
-        recorder.clear();
-        ztOverlays::updateOverlayPosition(overlay, 100, 100);
-        EXPECT_EQ(recorder.typedMarks(), "!8PolygonForeground2") << "no number is never where it is to be";
-    }
-    EXPECT_EQ(overlay->foreground->positions.size(), 4u);
+        return recorder.take();
+    };
+    EXPECT_EQ(marks(0, 1e-6f, -1e-6f), "") << "at the threshold";
+    EXPECT_EQ(marks(0, beyond, 0) + marks(0, 0, -beyond), "!8!8") << "beyond it";
+    EXPECT_EQ(marks(1, 99, 99), "") << "isn't compared";
+    EXPECT_EQ(marks(2, next, 16) + marks(2, 16, next) + marks(2, 16, std::nanf("")), "!8!8!8") << "the last digit";
 }
 
-TEST_F(PlacementTest, NodeFormsTakeTheLayoutSize)
+TEST_F(PlacementTest, NodeFormsTakeTheLayoutSizeButForRendering)
 {
-    osg::ViewportPtr const viewport = makeViewport(100, 100);
-    osg::setRefdCP(viewport->camera, createTile(1016, 816));
+    osg::ViewportPtr const viewport = makeViewport(100, 100, createTile(1016, 816));
     using Form = void (*)(osg::NodePtr const&, osg::ViewportPtr const&);
-    for (Form const update : {Form(ztOverlays::updateOverlayPosition), Form(ztOverlays::updateOverlay)})
+    for (auto const& [update, x, y] : {std::tuple{Form(ztOverlays::updateOverlayPosition), 1004.0f, 804.0f},
+                                       {ztOverlays::updateOverlay, 1004.0f, 804.0f},
+                                       {ztOverlays::updateOverlayImage, 88.0f, 88.0f}})
     {
-        osg::NodePtr const node = hold(ztOverlays::createOverlay(osg::NullFC));
+        osg::NodePtr const node = makeNode(makePicture(makeImage(3, 3)));
         overlayOf(node)->anchor = {1, 1};
         overlayOf(node)->dirty = false;
         update(node, viewport);
-        EXPECT_EQ(corners(overlayOf(node)), "(1000, 800) (1016, 800) (1016, 816) (1000, 816)");
-        overlayOf(node)->anchor = {0, 0};
-        Recorder recorder;
         update(makeNode(), viewport);
         update(osg::NullFC, viewport);
         update(node, osg::NullFC);
-        ztOverlays::updateOverlay(osg::OverlayPtr(), 10, 10);
-        ztOverlays::updateOverlayPosition(osg::OverlayPtr(), 10, 10);
-        ztOverlays::updateOverlayPosition(osg::OverlayPtr(hold(osg::create<osg::Overlay>())), 10, 10);
-        EXPECT_EQ(recorder.marks(), "");
+        EXPECT_EQ(corners(overlayOf(node)), (std::vector{x, y, x + 12, y, x + 12, y + 12, x, y + 12}));
     }
+    ztOverlays::updateOverlayPosition(osg::OverlayPtr(hold(osg::create<osg::Overlay>())), 10, 10);
 }
 
-} // namespace
+TEST_F(PlacementTest, DpiScaleRefusesWhatIsNoScale)
+{
+    ASSERT_TRUE(ztPlatform::setDpiScale(1.5, 2.5));
+    for (double bad : {0.0, std::numeric_limits<double>::infinity(), std::nan("")})
+        EXPECT_FALSE(ztPlatform::setDpiScale(bad, 1.0) || ztPlatform::setDpiScale(1.0, bad)) << bad;
+    EXPECT_EQ((std::pair{ztPlatform::getDpiScaleX(), ztPlatform::getDpiScaleY()}), (std::pair{1.5, 2.5}));
+}

@@ -3,170 +3,95 @@
 
 #include "OSGDrawAction.h"
 #include "OSGNodeUtils.h"
-#include "ztNodeUtils.h"
 
-#include <map>
+using PresentationTest = SceneTest;
 
-namespace
+TEST_F(PresentationTest, FindsTheNameOfNodeElseCoreElseTypeInTheOrderOfTheWalk)
 {
-
-using LookupTest = SceneTest;
-
-TEST_F(LookupTest, NameComesFromNodeThenCoreThenType)
-{
+    EXPECT_EQ(ztOverlays::findOverlay("a"), osg::NullFC) << "no pool";
+    osg::NodePtr const root = makeScene(), group = makeNode(osg::create<osg::Group>(), root);
+    group->travMask = 0;
+    std::vector<osg::NodePtr> nodes;
     char const* const none = nullptr;
-    for (auto const& [row, hasCore, nodeName, coreName, expected] :
-         {std::tuple{"nothing", false, none, none, none},
-          {"type", true, none, none, "Overlay"},
-          {"core", true, none, "core", "core"},
-          {"node", true, "node", "core", "node"},
-          {"node without core", false, "node", none, "node"},
-          {"empty decides on the node", true, "", "core", ""},
-          {"empty decides on the core", true, none, "", ""}})
+    for (auto const& [hasCore, nodeName, coreName, expected] : {std::tuple{true, "label", "core", "label"},
+                                                                {true, none, none, "Overlay"},
+                                                                {true, none, "core", "core"},
+                                                                {false, "label", none, "label"},
+                                                                {true, "", "core", ""},
+                                                                {true, none, "", ""},
+                                                                {false, none, none, none}})
     {
-        osg::NodePtr const node = makeNode(hasCore ? osg::create<osg::Overlay>() : osg::NodeCorePtr());
+        osg::NodePtr const node =
+            makeNode(hasCore ? osg::create<osg::Overlay>() : osg::NodeCorePtr(), nodes.empty() ? group : root);
         if (nodeName)
             osg::setName(node, nodeName);
         if (coreName)
             osg::setName(node->core, coreName);
-        EXPECT_STREQ(osg::NodeUtils::getName(node), expected) << row;
-        EXPECT_STREQ(ztNodeUtils::getName(node), expected ? expected : "") << row;
+        EXPECT_STREQ(osg::NodeUtils::getName(node), expected);
+        nodes.push_back(node);
     }
-    EXPECT_EQ(osg::NodeUtils::getName(osg::NullFC), nullptr);
-    EXPECT_STREQ(ztNodeUtils::getName(osg::NullFC), "");
-}
-
-TEST_F(LookupTest, FindsByExactNameInTheOrderOfTheWalk)
-{
-    EXPECT_EQ(ztOverlays::findOverlay("a"), osg::NullFC) << "no pool";
-    EXPECT_TRUE(ztOverlays::findOverlays("a").empty());
-    osg::NodePtr const root = makeScene(), group = makeNode(osg::create<osg::Group>(), root);
-    osg::NodePtr const first = ztOverlays::createOverlay(group), second = ztOverlays::createOverlay(root),
-                       unnamed = ztOverlays::createOverlay(root), empty = makeNode(osg::NullFC, root);
-    osg::setName(first, "label");
-    osg::setName(second, "label");
-    osg::setName(second->core, "core");
-    group->travMask = 0;
     using Nodes = std::vector<osg::NodePtr>;
-    for (auto const& [name, expected] : {std::pair{"label", Nodes{first, second}},
+    for (auto const& [name, expected] : {std::pair{"label", Nodes{nodes[0], nodes[3]}},
                                          {"Label", {}},
                                          {"labe", {}},
-                                         {"core", {}},
-                                         {"Overlay", {unnamed}},
-                                         {"Group", {root, group}},
-                                         {"", {empty}}})
+                                         {"", {nodes[4], nodes[5], nodes[6]}}})
     {
         EXPECT_EQ(ztOverlays::findOverlays(name), expected) << name;
         EXPECT_EQ(ztOverlays::findOverlay(name), expected.empty() ? osg::NodePtr() : expected.front()) << name;
     }
 }
 
-class AttachmentTest : public SceneTest, public osg::DrawActionBase
+class DrawingTest : public SceneTest, public osg::DrawActionBase
 {
-  protected:
-    /// The foregrounds of three overlays under a pool root, and two others.
-    void SetUp() override
+  public:
+    void drawPolygon(osg::TexturedPolygon const& polygon, osg::Viewport&) override
     {
-        for (char name : {'C', 'B', 'A'})
-        {
-            nodes.push_back(ztOverlays::createOverlay(root));
-            foregrounds[name] = overlayOf(nodes.back())->foreground;
-        }
-        for (char name : {'F', 'G'})
-            foregrounds[name] = makeOverlay()->foreground;
+        drawn.push_back(polygon.material);
     }
 
-    /// The viewport's list, a letter each.
-    std::string list() const
-    {
-        std::string text;
-        for (osg::ForegroundPtr const& entry : viewport->foregrounds)
-            for (auto const& [name, foreground] : foregrounds)
-                if (foreground == entry)
-                    text += name;
-        return text;
-    }
-
-    void setList(std::string const& text)
-    {
-        viewport->foregrounds.clear();
-        for (char name : text)
-            viewport->foregrounds.push_back(foregrounds.at(name));
-    }
-
-    /// Remembers whose polygon is drawn, if it is so in all its parts and in the viewport.
-    void drawPolygon(osg::TexturedPolygon const& polygon, osg::Viewport& shownOn) override
-    {
-        for (auto const& [name, foreground] : foregrounds)
-            if (&polygon.positions == &foreground->positions && &polygon.texCoords == &foreground->texCoords &&
-                polygon.material == foreground->material && &shownOn == viewport.get())
-                drawn += name;
-    }
-
-    std::string drawn;
-    osg::NodePtr root = makeScene();
-    std::vector<osg::NodePtr> nodes;
-    std::map<char, osg::PolygonForeground2Ptr> foregrounds;
-    osg::ViewportPtr viewport = makeViewport(10, 10);
+    std::vector<osg::MaterialPtr> drawn;
 };
 
-TEST_F(AttachmentTest, AddAndRemove)
+TEST_F(DrawingTest, VisibleOverlaysAreAddedRemovedAndDrawn)
 {
-    for (auto const& [name, operation, before, hidden, after] :
-         {std::tuple{"to the front", &ztOverlays::addOverlays, "FG", "", "ABCFG"},
-          {"once more", ztOverlays::addOverlays, "ABCFG", "", "ABCABCFG"},
-          {"visible ones only", ztOverlays::addOverlays, "FG", "B", "ACFG"},
-          {"none visible", ztOverlays::addOverlays, "FG", "ABC", "FG"},
-          {"first entries go", ztOverlays::removeOverlays, "FABCAGBC", "", "FAGBC"},
-          {"a hidden one stays", ztOverlays::removeOverlays, "ABCFG", "B", "BFG"},
-          {"what isn't there", ztOverlays::removeOverlays, "GF", "", "GF"},
-          {"from nothing", ztOverlays::removeOverlays, "", "", ""}})
-    {
-        setList(before);
-        for (std::size_t i = 0; i < nodes.size(); ++i)
-            nodes[i]->travMask = std::string(hidden).find("CBA"[i]) == std::string::npos ? 0xFFFFFFFF : 0;
-        Recorder recorder;
+    osg::ViewportPtr viewport = makeViewport(10, 10), null;
+    auto const operations = {ztOverlays::addOverlays, ztOverlays::removeOverlays};
+    for (auto const operation : operations)
         operation(viewport);
-        EXPECT_EQ(list(), after) << name;
-        EXPECT_EQ(recorder.text({{"viewport", viewport}}), "!2viewport") << name << ": one mark, no reference";
-    }
-    makeNode(nodes[0]->core, root);
-    setList("CFCC");
-    ztOverlays::removeOverlays(viewport);
-    EXPECT_EQ(list(), "FC") << "a core under two nodes is taken out twice";
-}
-
-TEST_F(AttachmentTest, GuardsStopWithoutAMark)
-{
-    setList("FA");
-    osg::ViewportPtr null;
-    osg::NodePtr const scene = hold(ztOpenSGUtils::getRoot());
+    osg::NodePtr const root = makeScene();
     Recorder recorder;
-    for (auto const operation : {ztOverlays::addOverlays, ztOverlays::removeOverlays})
+    for (auto const operation : operations)
+        operation(viewport);
+    EXPECT_EQ(recorder.take(), "") << "no overlays";
+    osg::OverlayPtr const cores[] = {makeText(""), makeText(""), makeText(""), makeText("")};
+    for (int i : {2, 1, 0})
+        makeNode(cores[i], root);
+    osg::NodePtr const nodeB = root->children[1];
+    auto const a = cores[0]->foreground, b = cores[1]->foreground, c = cores[2]->foreground, x = cores[3]->foreground;
+    using List = std::vector<osg::ForegroundPtr>;
+    for (auto const& [operation, maskOfB, before, after] :
+         {std::tuple{&ztOverlays::addOverlays, 0xFFFFFFFF, List{a, x}, List{a, b, c, a, x}},
+          {ztOverlays::addOverlays, 0, {x}, {a, c, x}},
+          {ztOverlays::removeOverlays, 0xFFFFFFFF, {x, a, b, c, a, c}, {x, a, c}},
+          {ztOverlays::removeOverlays, 0, {a, b, c, x}, {b, x}}})
     {
-        ztOpenSGUtils::setRoot(scene);
+        nodeB->travMask = maskOfB;
+        viewport->foregrounds = before;
+        recorder.take();
         operation(null);
-        std::vector<osg::NodePtr> overlays;
-        root->children.swap(overlays);
         operation(viewport);
-        root->children.swap(overlays);
-        ztOpenSGUtils::setRoot(osg::NullFC);
-        operation(viewport);
+        EXPECT_EQ(viewport->foregrounds, after) << before.size();
+        EXPECT_EQ(recorder.take({{"viewport", viewport}}), "!2viewport") << "one mark, no reference";
     }
-    EXPECT_EQ(recorder.marks(), "") << "no viewport, no overlays, no scene";
-    EXPECT_EQ(list(), "FA");
-}
-
-TEST_F(AttachmentTest, DrawsTheVisibleOnesAndTheViewportItsActiveOnes)
-{
-    nodes[1]->travMask = 0;
-    foregrounds['C']->active = false;
+    c->active = false;
     ztOverlays::drawOverlays(this, viewport.get());
-    EXPECT_EQ(drawn, "AC") << "active plays no part";
-    drawn.clear();
-    setList("CFAB");
+    viewport->foregrounds = {c, x, b, osg::NullFC};
     viewport->render(this);
-    EXPECT_EQ(drawn, "FAB") << "visibility plays none";
-}
+    // Visibility counts for drawOverlays alone, active for the viewport alone.
+    EXPECT_EQ(drawn, (std::vector{a->material, c->material, x->material, b->material}));
 
-} // namespace
+    makeNode(cores[2], root);
+    viewport->foregrounds = {c, x, c, c};
+    ztOverlays::removeOverlays(viewport);
+    EXPECT_EQ(viewport->foregrounds, (List{x, c})) << "a core under two nodes is taken out twice";
+}

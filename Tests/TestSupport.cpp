@@ -1,26 +1,19 @@
 #include "TestSupport.h"
 
-#include <algorithm>
-#include <limits>
 #include <sstream>
 
-std::string Recorder::describe(Names const& names, bool marksOnly, bool types) const
+std::string Recorder::take(Names const& names)
 {
     std::ostringstream text;
     for (osg::ChangeList::Entry const& entry : _list.getEntries())
     {
-        if (marksOnly && entry.event != osg::ChangeList::Event::Changed)
-            continue;
         text << (text.tellp() > 0 ? " " : "") << "+-x!"[int(entry.event)];
         if (entry.mask != 0 && entry.mask != osg::AllFieldsMask)
             text << std::hex << entry.mask;
-        auto const name = std::find_if(names.begin(), names.end(),
-                                       [&entry](auto const& named) { return named.second == entry.container; });
-        if (name != names.end())
-            text << name->first;
-        else if (types)
-            text << entry.container->getType().getName();
+        for (auto const& [name, container] : names)
+            text << (container == entry.container ? name : "");
     }
+    _list.clear();
     return text.str();
 }
 
@@ -28,11 +21,8 @@ void SceneTest::TearDown()
 {
     ztOpenSGUtils::setRoot(osg::NullFC);
     ztPlatform::setDpiScale(1.0, 1.0);
-    while (!_held.empty())
-    {
+    for (; !_held.empty(); _held.pop_back())
         osg::subRef(_held.back());
-        _held.pop_back();
-    }
     EXPECT_EQ(osg::FieldContainerFactory::getNumContainers(), _containersBefore) << "containers leak";
 }
 
@@ -53,26 +43,30 @@ osg::NodePtr SceneTest::makeScene()
     return ztOverlays::getOverlayPoolRoot();
 }
 
-osg::ViewportPtr SceneTest::makeViewport(int width, int height)
+osg::ViewportPtr SceneTest::makeViewport(int width, int height, osg::CameraPtr const& camera)
 {
     osg::ViewportPtr const viewport = hold(osg::create<osg::Viewport>());
     viewport->pixelWidth = width;
     viewport->pixelHeight = height;
+    osg::setRefdCP(viewport->camera, camera);
     return viewport;
 }
 
-osg::OverlayPtr SceneTest::makeText(std::string const& text)
+osg::OverlayPtr SceneTest::makeText(std::string const& text, float size, int sizeMode)
 {
-    osg::OverlayPtr const overlay = makeOverlay();
+    osg::OverlayPtr const overlay = makePicture(osg::NullFC, size, sizeMode);
+    overlay->contentType = osg::Overlay::ContentText;
     overlay->text = text;
     overlay->font = "DejaVu Sans";
     return overlay;
 }
 
-osg::OverlayPtr SceneTest::makePicture(osg::ImagePtr const& image)
+osg::OverlayPtr SceneTest::makePicture(osg::ImagePtr const& image, float size, int sizeMode)
 {
-    osg::OverlayPtr const overlay = makeOverlay();
+    osg::OverlayPtr const overlay = overlayOf(hold(ztOverlays::createOverlay(osg::NullFC)));
     overlay->contentType = osg::Overlay::ContentImage;
+    overlay->size = size;
+    overlay->sizeMode = sizeMode;
     osg::setRefdCP(overlay->image, image);
     return overlay;
 }
@@ -86,34 +80,30 @@ osg::ImagePtr SceneTest::makeImage(int width, int height, std::array<int, 4> pix
     return image;
 }
 
-osg::OverlayPtr overlayOf(osg::NodePtr const& node)
+osg::TileCameraDecoratorPtr SceneTest::createTile(int fullWidth, int fullHeight)
 {
-    return osg::dynamicCast<osg::Overlay>(node->core);
+    auto const tile = osg::create<osg::TileCameraDecorator>();
+    tile->fullWidth = fullWidth;
+    tile->fullHeight = fullHeight;
+    return tile;
 }
 
-osg::TextureChunkPtr textureOf(osg::OverlayPtr const& overlay)
+std::vector<float> SceneTest::corners(osg::OverlayPtr const& overlay)
 {
-    auto const material = osg::dynamicCast<osg::ChunkMaterial>(overlay->foreground->material);
-    return osg::dynamicCast<osg::TextureChunk>(material->chunks.at(0));
+    std::vector<float> coordinates;
+    for (osg::Pnt2f const& corner : overlay->foreground->positions)
+        coordinates.insert(coordinates.end(), {corner.x, corner.y});
+    return coordinates;
 }
 
-osg::ImagePtr shownImage(osg::OverlayPtr const& overlay)
+std::array<int, 4> SceneTest::pixelAt(osg::ImagePtr const& image, int column, int row)
 {
-    return textureOf(overlay)->image;
-}
-
-std::array<int, 4> pixelAt(osg::ImagePtr const& image, int column, int row)
-{
-    osg::UInt8 const* const pixel =
-        image->pixelBuffer() + (std::size_t(row) * std::size_t(image->width) + std::size_t(column)) * 4;
+    osg::UInt8 const* const pixel = image->pixelBuffer() + 4 * (row * image->width + column);
     return {pixel[0], pixel[1], pixel[2], pixel[3]};
 }
 
-std::string corners(osg::OverlayPtr const& overlay)
+QImage SceneTest::toQImage(osg::ImagePtr const& image)
 {
-    std::ostringstream text;
-    text.precision(std::numeric_limits<float>::max_digits10);
-    for (osg::Pnt2f const& corner : overlay->foreground->positions)
-        text << (text.tellp() > 0 ? " " : "") << '(' << corner.x << ", " << corner.y << ')';
-    return text.str();
+    QImage const bytes(image->pixelBuffer(), image->width, image->height, QImage::Format_RGBA8888_Premultiplied);
+    return bytes.convertToFormat(QImage::Format_ARGB32_Premultiplied).mirrored();
 }

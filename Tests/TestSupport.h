@@ -9,9 +9,10 @@
 #include "ztOverlayUtils.h"
 #include "ztPlatform.h"
 
+#include <QImage>
+
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
 /// The change list of the calling thread for as long as this lives.
@@ -23,42 +24,41 @@ class Recorder
     Recorder() { osg::PThreadBase::setCurrentChangeList(&_list); }
     ~Recorder() { osg::PThreadBase::setCurrentChangeList(nullptr); }
     Recorder(Recorder const&) = delete;
-    Recorder& operator=(Recorder const&) = delete;
 
-    void clear() { _list.clear(); }
-
-    /// All entries as text, a word each: `+` and `-` a reference, `x` destroyed, `!` changed with all fields,
-    /// `!n` changed with the bits of the hexadecimal number n; then the container's name, if it was given
-    /// one.
-    std::string text(Names const& names = {}) const { return describe(names, false, false); }
-
-    /// The changed entries alone.
-    std::string marks(Names const& names = {}) const { return describe(names, true, false); }
-
-    /// Like marks(), with the types of the containers that have no name.
-    std::string typedMarks(Names const& names = {}) const { return describe(names, true, true); }
+    /// Empties the list. Its entries as text, a word each: `+` and `-` a reference, `x` destroyed, `!` changed with all
+    /// fields, `!n` changed with the bits of the hexadecimal number n; then the container's name, if it was given one.
+    std::string take(Names const& names = {});
 
   private:
-    std::string describe(Names const& names, bool marksOnly, bool types) const;
-
     osg::ChangeList _list;
 };
-
-osg::OverlayPtr overlayOf(osg::NodePtr const& node);
-osg::TextureChunkPtr textureOf(osg::OverlayPtr const& overlay);
-
-/// The image that an overlay shows.
-osg::ImagePtr shownImage(osg::OverlayPtr const& overlay);
-
-/// The pixel in a column and a row of the bytes, counted from the bottom.
-std::array<int, 4> pixelAt(osg::ImagePtr const& image, int column, int row);
-
-/// `positions` as text, with all digits: "(x, y) (x, y) ...".
-std::string corners(osg::OverlayPtr const& overlay);
 
 /// Holds what the test makes until its end, and checks then that no container has come to stay.
 class SceneTest : public testing::Test
 {
+  public:
+    static osg::OverlayPtr overlayOf(osg::NodePtr const& node) { return osg::dynamicCast<osg::Overlay>(node->core); }
+
+    static osg::TextureChunkPtr textureOf(osg::OverlayPtr const& overlay)
+    {
+        auto const material = osg::dynamicCast<osg::ChunkMaterial>(overlay->foreground->material);
+        return osg::dynamicCast<osg::TextureChunk>(material->chunks.at(0));
+    }
+
+    /// The image that an overlay shows.
+    static osg::ImagePtr shownImage(osg::OverlayPtr const& overlay) { return textureOf(overlay)->image; }
+
+    /// x and y of each corner.
+    static std::vector<float> corners(osg::OverlayPtr const& overlay);
+
+    /// The pixel in a column and a row of the bytes, counted from the bottom.
+    static std::array<int, 4> pixelAt(osg::ImagePtr const& image, int column, int row);
+
+    /// With its top row first, as Qt has it.
+    static QImage toQImage(osg::ImagePtr const& image);
+
+    static osg::TileCameraDecoratorPtr createTile(int fullWidth, int fullHeight);
+
   protected:
     void TearDown() override;
 
@@ -77,12 +77,11 @@ class SceneTest : public testing::Test
     /// Makes a scene with a material pool the current one and returns its pool root.
     osg::NodePtr makeScene();
 
-    osg::ViewportPtr makeViewport(int width, int height);
+    osg::ViewportPtr makeViewport(int width, int height, osg::CameraPtr const& camera = osg::NullFC);
 
-    /// An overlay that hangs nowhere.
-    osg::OverlayPtr makeOverlay() { return overlayOf(hold(ztOverlays::createOverlay(osg::NullFC))); }
-    osg::OverlayPtr makeText(std::string const& text);
-    osg::OverlayPtr makePicture(osg::ImagePtr const& image);
+    /// Overlays that hang nowhere.
+    osg::OverlayPtr makeText(std::string const& text, float size = 12, int sizeMode = osg::Overlay::SizeAbsolute);
+    osg::OverlayPtr makePicture(osg::ImagePtr const& image, float size = 12, int sizeMode = osg::Overlay::SizeAbsolute);
 
     /// An image whose pixels all have one value: red, green, blue, alpha.
     osg::ImagePtr makeImage(int width, int height, std::array<int, 4> pixel = {0, 0, 0, 0});
