@@ -243,7 +243,8 @@ TEST_P(OpenGLTest, StereoSqueezesTheLayout)
     osg::setRefdCP(stereo->decoratee, perspective);
     perspective->aspect = 2;
     osg::OverlayPtr const overlay = makePicture(makeImage(2, 1, {255, 255, 255, 255})), seen = makeSquare(20);
-    overlay->size = 20; // 40 by 20 of a layout of 200 by 80
+    overlay->size = 20; // 40 by 20 of a layout of 200 by 80, at 159.5: from 79.75 on
+    overlay->offset.x = -0.5f;
     overlay->anchor = seen->anchor = {1, 0};
     ztOverlays::updateOverlay(overlay, 200, 80);
     viewport->foregrounds = {overlay->foreground};
@@ -337,12 +338,19 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
 {
     osg::OverlayPtr const label = makeLabel();
     osg::ImagePtr const frame = makeFrame(64, 48, 255), expected = drawOver(frame, {label});
+    osg::OpenGLDrawAction other;
+    label->foreground->draw(&other, makeViewport(64, 48).get());
+    GLuint lastProgram = 50;
+    while (!glIsProgram(lastProgram))
+        --lastProgram;
     startFrom(frame);
     GLuint textures[2], sampler, vertexArray, buffers[2];
     glGenTextures(2, textures);
     glGenSamplers(1, &sampler);
     glGenVertexArrays(1, &vertexArray);
     glGenBuffers(2, buffers);
+    glDisable(GL_BLEND);
+    glUseProgram(lastProgram);
     glBindTexture(GL_TEXTURE_2D, textures[0]);
     glBindSampler(0, sampler);
     glBindVertexArray(vertexArray);
@@ -457,6 +465,7 @@ TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
 {
     GLint most;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &most);
+    osg::ViewportPtr viewport;
     using O = osg::OverlayPtr const&;
     std::pair<char const*, std::function<void(O)>> const spoilers[] = {
         {"no texture, blend or shader chunk", [](O o) { osg::setRefdCP(o->foreground->material, osg::NullFC); }},
@@ -470,14 +479,15 @@ TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
         {"OpenGL error", [](O o) { textureOf(o)->wrapS = 12345; }},
         {"OpenGL error", [](O o) { chunkOf<osg::BlendChunk>(o, 1)->srcFactor = 7; }},
         {"OpenGL error", [](O) { glBindFramebuffer(GL_FRAMEBUFFER, 0); }},
+        {"shows nothing", [&](O) { viewport->pixelWidth = 0; }},
         {"corners", [](O o) { o->foreground->positions.resize(2); }},
         {"corners", [](O o) { o->foreground->texCoords.resize(3); }},
         {"no OpenGL context", [this](O) { context.leave(); }},
     };
     osg::ImagePtr const frame = makeImage(8, 8);
-    osg::ViewportPtr const viewport = makeViewport(8, 8);
     for (auto const& [reason, spoil] : spoilers)
     {
+        viewport = makeViewport(8, 8);
         osg::OverlayPtr const overlay = makeSquare(8), good = makeSquare(4);
         drawOver(frame, {overlay, good});
         osg::UInt64 const draws = action.getNumDraws();
@@ -487,14 +497,16 @@ TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
         context.makeCurrent();
         EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR)) << reason;
         glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
-        good->foreground->draw(&action, viewport.get());
+        good->foreground->draw(&action, makeViewport(8, 8).get());
         EXPECT_EQ(action.getNumDraws(), draws + 1) << reason;
         EXPECT_NE(action.takeFailure().find(reason), std::string::npos) << reason;
         EXPECT_EQ(difference(readBack(8, 8), stampOver(frame, good)), 0) << reason;
     }
     SurfacelessContext const other(GetParam());
     makeSquare(8)->foreground->draw(&action, viewport.get());
-    EXPECT_NE(action.takeFailure().find("isn't the action's"), std::string::npos);
+    context.leave();
+    makeSquare(8)->foreground->draw(&action, viewport.get());
+    EXPECT_EQ(action.takeFailure(), "the current OpenGL context isn't the action's") << "the first reason";
 }
 
 } // namespace

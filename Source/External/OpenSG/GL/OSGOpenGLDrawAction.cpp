@@ -133,8 +133,7 @@ Program build(std::string const& vertexProgram, std::string const& fragmentProgr
     if (program.failure.empty())
     {
         program.name = link(vertexShader, fragmentShader, program.failure);
-        if (program.failure.empty())
-            program.pixelsToClip = glGetUniformLocation(program.name, "pixelsToClip");
+        program.pixelsToClip = glGetUniformLocation(program.name, "pixelsToClip");
     }
     glDeleteShader(vertexShader);
     glDeleteShader(fragmentShader);
