@@ -1,108 +1,47 @@
-// overlay-stamp, run as its users run it.
+// overlay-stamp, run as its users run it, and the nodes that come of an overlay file.
 
-#include <gtest/gtest.h>
+#include "HostTest.h"
+#include "OSGNodeUtils.h"
+#include "OverlayNodes.h"
 
 #include <QColorSpace>
-#include <QDir>
-#include <QFile>
-#include <QImage>
 #include <QPainter>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QTemporaryDir>
 
 namespace
 {
 
-struct Outcome
-{
-    int exitCode;
-    std::string output, errors;
-};
-
-/// A folder to work in, with labels.json and pictures of one colour.
-class OverlayStamp : public testing::Test
+/// With labels.json and a gray frame.png.
+class OverlayStamp : public HostTest
 {
   protected:
-    OverlayStamp()
+    OverlayStamp() : HostTest(OVERLAY_STAMP)
     {
         writeLabels(R"({"text": "{file}", "size": 6})");
-        writePicture("frame.png", Qt::gray);
+        writePicture("frame.png", Qt::gray, {60, 40});
     }
 
-    QString path(QString const& name) const { return _folder.filePath(name); }
-
-    void writeFile(QString const& name, QByteArray const& bytes) const
-    {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    }
-
-    void writeLabels(QByteArray const& entries) const { writeFile("labels.json", "{\"overlays\":[" + entries + "]}"); }
-
-    void writePicture(QString const& name, QColor const& color, QSize const& size = {60, 40}) const
-    {
-        QImage picture(size, QImage::Format_RGB32);
-        picture.fill(color);
-        ASSERT_TRUE(picture.save(path(name)));
-    }
-
-    QByteArray bytes(QString const& name) const
-    {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    QStringList names(QString const& folder = ".") const
-    {
-        return QDir(path(folder)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-    }
-
-    Outcome run(QStringList const& arguments, QString const& folder = ".") const
-    {
-        QProcess process;
-        process.setWorkingDirectory(path(folder));
-        process.start(OVERLAY_STAMP, arguments);
-        EXPECT_TRUE(process.waitForFinished(60000));
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-        return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-                process.readAllStandardError().toStdString()};
-    }
+    static void writeLabels(QByteArray const& entries) { write("labels.json", "{\"overlays\":[" + entries + "]}"); }
 
     /// Stamps frame.png with the labels.
-    QImage stamped(QStringList const& more = {}, QString const& output = "out.png") const
+    QImage stamped(QString const& output = "out.png", QString const& more = "") const
     {
-        Outcome const outcome = run(QStringList{"--overlays", "labels.json", "--output", output, "frame.png"} + more);
-        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-        return QImage(path(output));
+        Outcome const done(0, "frame.png -> " + output.toStdString() + "\n", "");
+        EXPECT_EQ(run("--overlays labels.json --output " + output + more + " frame.png"), done);
+        return QImage(output);
     }
-
-    QTemporaryDir _folder;
 };
 
-TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongAndLeavesNoTrace)
+TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
 {
-    writeFile("wrong.json", R"({"overlays":[{"text":"a"},{"text":"a","anchor":"top"}]})");
-    ASSERT_TRUE(QDir(path(".")).mkdir("sub"));
-    writePicture("sub/frame.png", Qt::red);
-    ASSERT_TRUE(QFile::link("frame.png", path("link.png")));
-    QStringList const before = names();
-    QByteArray const frame = bytes("frame.png");
-    auto const complaintOf = [&](QString const& arguments) {
-        // LABELS and OUT stand for options that are right.
-        QString const whole =
-            QString(arguments).replace("LABELS", "--overlays labels.json").replace("OUT", "--output a.png");
-        Outcome const outcome = run(whole.split(' '));
-        EXPECT_EQ(outcome.exitCode, 2) << whole.toStdString();
-        EXPECT_EQ(outcome.output, "") << whole.toStdString();
-        EXPECT_EQ(names(), before) << whole.toStdString();
-        EXPECT_EQ(bytes("frame.png"), frame) << whole.toStdString();
-        return outcome.errors;
+    ASSERT_TRUE(QDir().mkdir("sub"));
+    writePicture("sub/frame.png", Qt::red, {60, 40});
+    ASSERT_TRUE(QFile::link("frame.png", "link.png"));
+    // LABELS and OUT stand for options that are right.
+    auto const complete = [](QString arguments) {
+        return arguments.replace("LABELS", "--overlays labels.json").replace("OUT", "--output a.png");
     };
-    std::pair<char const*, std::string> const usageRows[] = {
+    std::pair<char const*, std::string> const rows[] = {
         {"--overlay labels.json", "Unknown option 'overlay'"},
-        {"frame.png --output", "Missing value after '--output'"},
         {"OUT frame.png", "--overlays is needed"},
         {"LABELS OUT", "no input is given"},
         {"LABELS frame.png", "one of --output and --output-dir is needed"},
@@ -110,55 +49,126 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongAndLeavesNoTrace)
         {"LABELS OUT --output b.png frame.png", "--output is given twice"},
         {"LABELS OUT frame.png sub/frame.png", "--output takes one input; --output-dir takes several"},
         {"LABELS --output-dir out frame.png sub/frame.png", "two inputs would be written to \"out/frame.png\""},
-        {"LABELS --output sub/../frame.png frame.png", "\"sub/../frame.png\" is an input, which only --force replaces"},
         {"LABELS --output frame.png link.png", "\"frame.png\" is an input, which only --force replaces"},
         {"LABELS --output-dir . link.png sub/frame.png", "\"./link.png\" is an input, which only --force replaces"},
         {"LABELS OUT --dpi-scale 0 frame.png", "--dpi-scale: expected a number above 0, got \"0\""},
-        {"LABELS OUT --dpi-scale nan frame.png", "--dpi-scale: expected a number above 0, got \"nan\""},
-        {"LABELS OUT --jobs 0.5 frame.png", "--jobs: expected a whole number from 1 to 256, got \"0.5\""},
         {"LABELS OUT --jobs 0 frame.png", "--jobs: expected a whole number from 1 to 256, got \"0\""},
+        {"LABELS --output a.gif frame.png", "--output: can't write the format of \"a.gif\", " + writableFormats()},
     };
-    for (auto const& [arguments, complaint] : usageRows)
-        EXPECT_EQ(complaintOf(arguments), "overlay-stamp: " + complaint + " (see --help)\n");
-    std::pair<char const*, char const*> const inputRows[] = {
-        {"LABELS --output-dir labels.json frame.png", "overlay-stamp: can't make the folder \"labels.json\"\n"},
-        {"--overlays no.json OUT frame.png", "no.json: can't read it: No such file or directory\n"},
-        {"--overlays wrong.json OUT frame.png", "wrong.json: overlays[1].anchor: expected two numbers, got \"top\"\n"},
-    };
-    for (auto const& [arguments, complaint] : inputRows)
-        EXPECT_EQ(complaintOf(arguments), complaint);
-    std::string const format = "overlay-stamp: --output: can't write the format of \"out.gif\", only ";
-    EXPECT_EQ(complaintOf("LABELS --output out.gif frame.png").substr(0, format.size()), format);
+    for (auto const& [arguments, complaint] : rows)
+        expectComplaint(complete(arguments), "overlay-stamp: " + complaint + " (see --help)");
+    expectComplaint(complete("LABELS --output-dir labels.json frame.png"),
+                    "overlay-stamp: can't make the folder \"labels.json\"");
+    expectComplaint(complete("--overlays no.json OUT frame.png"), "no.json: can't read it: No such file or directory");
 }
 
-TEST_F(OverlayStamp, DoesTheOtherFramesAndCountsFailures)
+TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongInTheOverlayFile)
 {
-    writePicture("good.png", Qt::white);
-    writePicture("last.jpg", Qt::white);
-    writePicture("taken.png", Qt::white);
-    writeFile("empty.png", "");
-    writeFile("huge.ppm", "P6 100000 100000 255\n");
-    QByteArray const whole = bytes("good.png");
-    writeFile("cut.png", whole.left(whole.size() / 2));
-    QFile::copy(path("good.png"), path("good.gif"));
-    ASSERT_TRUE(QDir(path(".")).mkpath("out/taken.png"));
+    auto const expectComplaintOf = [this](QByteArray const& json, std::string const& complaint) {
+        write("labels.json", json);
+        expectComplaint("--overlays labels.json --output-dir out frame.png", "labels.json: " + complaint);
+    };
+    std::pair<QByteArray, char const*> const files[] = {
+        {"[1]", R"(expected an object with the key "overlays", got [1])"},
+        {"{\n\"overlays\": [\n{\"text\": \"é\" 1}]}", "line 3, column 15: unterminated object"},
+        {"{}", "overlays: expected an array of objects, got nothing"},
+        {R"({"overlay":[]})", R"(overlay: unknown key, did you mean "overlays"?)"},
+        {R"({"overlays":[{"text":"a"},null]})", "overlays[1]: expected an object, got null"},
+    };
+    for (auto const& [json, complaint] : files)
+        expectComplaintOf(json, complaint);
+    std::pair<QByteArray, std::string> const entries[] = {
+        {R"("anchr":[0,0])", R"(anchr: unknown key, did you mean "anchor"?)"},
+        {R"("si\nze":1)", R"(si\nze: unknown key, did you mean "size"?)"},
+        {"", "text: expected a string, got nothing"},
+        {R"("contentType":"image","text":"a")", "image: expected a path, got nothing"},
+        {R"("contentType":"Text")", R"(contentType: expected "text" or "image", got "Text")"},
+        {R"("anchor":[1,"top"])", R"(anchor: expected two numbers, got [1,"top"])"},
+        {R"("offset":[1,2,3])", "offset: expected two numbers, got [1,2,3]"},
+        {R"("anchor":[0,1e308])", "anchor: expected two numbers in single precision's range, got [0,1e+308]"},
+        {R"("textColor":[0,0,0,1.01])", "textColor: expected four numbers from 0 to 1, got [0,0,0,1.01]"},
+        {R"("backgroundTransparency":-1)",
+         "backgroundTransparency: expected a number or three numbers from 0 to 1, got -1"},
+        {R"("size":0)", "size: expected a number above 0, got 0"},
+        {R"("size":1e-320)", "size: expected a number above 0 in single precision's range, got 1e-320"},
+        {R"("text":"a","size":0.5)", "size: expected at least 1 point, got 0.5"},
+        {R"("text":"a","sizeMode":"relative")", "size: expected a fraction of the frame's height, got nothing"},
+        {R"("visible":0)", "visible: expected true or false, got 0"},
+        {R"("text":"a\u0000b")", R"(text: expected a string without zero bytes, got "a\u0000b")"},
+        {R"("text":"{Index}")",
+         R"(text: expected {file}, {index} or {count}, and {{ or }} for a brace, got "{Index}")"},
+        {R"("font":[")" + QByteArray(61, '1') + "\"]",
+         "font: expected a string, got [\"" + std::string(58, '1') + "..."},
+        {R"("contentType":"image","image":"no.png")", R"(image: can't read "no.png": File not found)"},
+    };
+    for (auto const& [keys, complaint] : entries)
+        expectComplaintOf("{\"overlays\":[{" + keys + "}]}", "overlays[0]." + complaint);
+}
 
-    Outcome const outcome = run({"--overlays", "labels.json", "--output-dir", "out", "good.png", "no.png", "empty.png",
-                                 "huge.ppm", "cut.png", "good.gif", "taken.png", ".", "last.jpg"});
-    EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(outcome.output, "good.png -> out/good.png\nlast.jpg -> out/last.jpg\n");
-    // Libraries that decode may add lines of their own.
-    QStringList const own =
-        QString::fromStdString(outcome.errors).split('\n').filter(QRegularExpression(": can't |failed$"));
-    EXPECT_EQ(own.join('\n').toStdString(), "no.png: can't read it: File not found\n"
-                                            "empty.png: can't read it: Unsupported image format\n"
-                                            "huge.ppm: can't read it: Unable to read image data\n"
-                                            "cut.png: can't read it: Unable to read image data\n"
-                                            "good.gif: can't write \"out/good.gif\": Unsupported image format\n"
-                                            "taken.png: can't write \"out/taken.png\": Filename refers to a directory\n"
-                                            ".: can't read it: Is a directory\n"
-                                            "7 of 9 frames failed");
-    EXPECT_EQ(names("out"), (QStringList{"good.png", "last.jpg", "taken.png"}));
+TEST_F(OverlayStamp, MakesNodesThatHaveWhatTheFileSays)
+{
+    ASSERT_TRUE(QDir().mkdir("sub"));
+    writePicture("sub/logo.png", QColor(255, 0, 0, 51), {1, 1});
+    write("sub/labels.json", R"({"overlays": [
+        {"contentType": "image", "image": "logo.png", "font": "Noto Sans", "textColor": [0, 0.5, 1, 0.4],
+         "backgroundColor": [0.5, 0.6, 0.7], "backgroundTransparency": 0.25, "sizeMode": "relative", "size": 0.5,
+         "name": "sun", "visible": false},
+        {"text": "a"}]})");
+    osg::NodePtr const root = osg::create<osg::Node>();
+    osg::addRef(root);
+    for (ztExamples::OverlayEntry const& entry : ztExamples::readOverlayFile("sub/labels.json"))
+        createOverlayNode(root, entry);
+    osg::NodePtr const node = root->children.at(0);
+    auto const picture = osg::dynamicCast<osg::Overlay>(node->core);
+    EXPECT_EQ(picture->font, "Noto Sans");
+    EXPECT_FLOAT_EQ(picture->textColor.a, 0.4f);
+    EXPECT_FLOAT_EQ(picture->backgroundColor.b, 0.7f);
+    EXPECT_FLOAT_EQ(picture->backgroundTransparency.b, 0.25f);
+    EXPECT_EQ(picture->sizeMode, osg::Overlay::SizeRelative);
+    EXPECT_EQ(picture->image->pixels, (std::vector<osg::UInt8>{51, 0, 0, 51}));
+    EXPECT_FALSE(picture->foreground->active);
+    EXPECT_STREQ(osg::NodeUtils::getName(node), "sun");
+
+    auto const label = osg::dynamicCast<osg::Overlay>(root->children.at(1)->core);
+    for (bool const isNew : {true, false})
+    {
+        label->dirty = false;
+        ztExamples::setText(label, "frame 1");
+        EXPECT_EQ(label->dirty, isNew) << "needs another rendering";
+    }
+    osg::subRef(root);
+    EXPECT_EQ(osg::FieldContainerFactory::getNumContainers(), 0u);
+}
+
+TEST_F(OverlayStamp, DoesTheOtherFramesInTheirOrderWhateverTheJobs)
+{
+    QStringList inputs, lines;
+    for (int i = 0; i < 20; ++i)
+    {
+        inputs << QString("f%1.png").arg(i);
+        lines << inputs.back() + " -> out/" + inputs.back() + "\n";
+        writePicture(inputs.back(), QColor(10 * i, 0, 0), {60 + 40 * (i % 3), 40});
+    }
+    write("cut.ppm", "P6 9 9 255\n");
+    ASSERT_TRUE(QFile::copy("f0.png", "f0.gif"));
+    ASSERT_TRUE(QFile::copy("f0.png", "taken.png"));
+    QString const failing = " no.png cut.ppm f0.gif taken.png . ";
+    for (QString const jobs : {"1", "4"})
+    {
+        ASSERT_TRUE(QDir().mkpath("out/taken.png"));
+        EXPECT_EQ(run("--overlays labels.json --output-dir out --jobs " + jobs + failing + inputs.join(' ')),
+                  Outcome(1, lines.join("").toStdString(),
+                          "no.png: can't read it: File not found\n"
+                          "cut.ppm: can't read it: Unable to read image data\n"
+                          "f0.gif: can't write \"out/f0.gif\": Unsupported image format\n"
+                          "taken.png: can't write \"out/taken.png\": Filename refers to a directory\n"
+                          ".: can't read it: Is a directory\n"
+                          "5 of 25 frames failed\n"));
+        ASSERT_TRUE(QDir().rename("out", jobs));
+        EXPECT_EQ(names(jobs).size(), 21);
+    }
+    for (QString const& name : inputs)
+        EXPECT_EQ(QImage("1/" + name), QImage("4/" + name)) << name.toStdString();
 }
 
 TEST_F(OverlayStamp, PutsPicturesWhereTheEntriesSayTheFirstOnTop)
@@ -172,8 +182,8 @@ TEST_F(OverlayStamp, PutsPicturesWhereTheEntriesSayTheFirstOnTop)
     QImage logo(3, 2, QImage::Format_RGB32);
     for (int i = 0; i < 6; ++i)
         logo.setPixel(i % 3, i / 3, qRgb(100 * (i % 3), 200 * (i / 3), 50));
-    ASSERT_TRUE(logo.save(path("logo.png")));
-    auto const expected = [&](int scale, QImage const& scaledLogo) {
+    ASSERT_TRUE(logo.save("logo.png"));
+    auto const expected = [](int scale, QImage const& scaledLogo) {
         QImage picture(60, 40, QImage::Format_RGB32);
         picture.fill(Qt::gray);
         QPainter painter(&picture);
@@ -182,28 +192,25 @@ TEST_F(OverlayStamp, PutsPicturesWhereTheEntriesSayTheFirstOnTop)
         painter.drawImage(60 - 7 * scale, 40 - 5 * scale, scaledLogo);
         return picture;
     };
-    QImage const result = stamped();
-    EXPECT_EQ(result.convertToFormat(QImage::Format_RGB32), expected(1, logo));
-    EXPECT_FALSE(result.hasAlphaChannel());
-    QImage const scaled = stamped({"--dpi-scale", "2", "--force"}, "frame.png").convertToFormat(QImage::Format_RGB32);
+    EXPECT_EQ(stamped(), expected(1, logo));
+    QImage const scaled = stamped("frame.png", " --dpi-scale 2 --force");
     EXPECT_EQ(scaled, expected(2, scaled.copy(60 - 14, 40 - 10, 6, 4))) << "but for the logo, which is resampled";
-    EXPECT_EQ(names(), (QStringList{"blue.png", "frame.png", "labels.json", "logo.png", "out.png", "red.png"}));
 }
 
 TEST_F(OverlayStamp, ReplacesPlaceholdersInEachFrame)
 {
-    ASSERT_TRUE(QDir(path(".")).mkdir("sub"));
-    writePicture("sub/b.png", Qt::gray);
-    auto const stampBoth = [this](QByteArray const& text, QString const& folder) {
-        writeLabels("{\"text\": \"" + text + "\", \"size\": 5}");
-        EXPECT_EQ(run({"--overlays", "labels.json", "--output-dir", folder, "frame.png", "sub/b.png"}).exitCode, 0);
-    };
-    stampBoth("{file} {index}/{count} {{}}", "0");
-    stampBoth("frame.png 1/2 {{}}", "1");
-    stampBoth("b.png 2/2 {{}}", "2");
-    EXPECT_EQ(bytes("0/frame.png"), bytes("1/frame.png"));
-    EXPECT_EQ(bytes("0/b.png"), bytes("2/b.png"));
-    EXPECT_NE(bytes("0/frame.png"), bytes("0/b.png"));
+    ASSERT_TRUE(QDir().mkdir("sub"));
+    writePicture("sub/b.png", Qt::gray, {60, 40});
+    QByteArray const texts[] = {"{file} {index}/{count} {{}}", "frame.png 1/2 {{}}", "b.png 2/2 {{}}"};
+    for (int i = 0; i < 3; ++i)
+    {
+        writeLabels("{\"text\": \"" + texts[i] + "\", \"size\": 5}");
+        EXPECT_EQ(run(QString("--overlays labels.json --output-dir %1 --quiet frame.png sub/b.png").arg(i)),
+                  Outcome(0, "", ""));
+    }
+    EXPECT_EQ(QImage("0/frame.png"), QImage("1/frame.png"));
+    EXPECT_EQ(QImage("0/b.png"), QImage("2/b.png"));
+    EXPECT_NE(QImage("0/frame.png"), QImage("0/b.png"));
 }
 
 TEST_F(OverlayStamp, KeepsAlphaAndMetadata)
@@ -215,58 +222,22 @@ TEST_F(OverlayStamp, KeepsAlphaAndMetadata)
     frame.setDotsPerMeterX(5000);
     frame.setText("Camera", "north");
     frame.setColorSpace(QColorSpace::DisplayP3);
-    ASSERT_TRUE(frame.save(path("frame.png")));
+    ASSERT_TRUE(frame.save("frame.png"));
     writePicture("red.png", Qt::red, {8, 8});
     writeLabels(R"({"contentType": "image", "image": "red.png", "size": 8, "anchor": [0, 1]})");
-    QImage expected = QImage(path("frame.png")).convertToFormat(QImage::Format_ARGB32);
+    QImage expected("frame.png");
     QPainter(&expected).fillRect(0, 0, 8, 8, Qt::red);
 
     QImage const result = stamped();
-    EXPECT_EQ(result.convertToFormat(QImage::Format_ARGB32), expected);
+    EXPECT_EQ(result, expected);
     EXPECT_EQ(result.dotsPerMeterX(), 5000);
     EXPECT_EQ(result.text("Camera"), "north");
     EXPECT_EQ(result.colorSpace(), expected.colorSpace());
 
     frame.fill(QColor(200, 100, 50, 51));
-    ASSERT_TRUE(frame.save(path("frame.png")));
-    EXPECT_EQ(stamped({}, "out.bmp").pixelColor(59, 59), QColor(40, 20, 10)) << "over black in a format without alpha";
-    EXPECT_NEAR(stamped({}, "out.JPG").pixelColor(59, 59).red(), 40, 3);
-}
-
-TEST_F(OverlayStamp, GivesTheSameWhateverTheJobs)
-{
-    QStringList inputs;
-    for (int i = 0; i < 20; ++i)
-    {
-        inputs << QString("../f%1.png").arg(i);
-        if (i != 7)
-            writePicture(QString("f%1.png").arg(i), QColor(10 * i, 0, 0), {60 + 40 * (i % 3), 40});
-    }
-    std::vector<Outcome> outcomes;
-    for (QString const jobs : {"1", "4"})
-    {
-        ASSERT_TRUE(QDir(path(".")).mkdir(jobs));
-        QStringList const options = {"--overlays", "../labels.json", "--output-dir", "out", "--jobs", jobs};
-        outcomes.push_back(run(options + inputs, jobs));
-        EXPECT_EQ(outcomes.back().exitCode, 1);
-        EXPECT_EQ(outcomes.back().errors, "../f7.png: can't read it: File not found\n1 of 20 frames failed\n");
-        EXPECT_EQ(names(jobs + "/out").size(), 19);
-    }
-    EXPECT_EQ(outcomes[0].output.substr(0, 21), "../f0.png -> out/f0.p");
-    EXPECT_EQ(outcomes[0].output, outcomes[1].output);
-    for (QString const& name : names("1/out"))
-        EXPECT_EQ(bytes("1/out/" + name), bytes("4/out/" + name)) << name.toStdString();
-}
-
-TEST_F(OverlayStamp, SaysWhatItIsAskedFor)
-{
-    EXPECT_EQ(run({"--version"}).output.substr(0, 16), "overlay-stamp 1.");
-    EXPECT_EQ(run({"--overlays", "labels.json", "--output", "out.png", "--quiet", "frame.png"}).output, "");
-    std::string const help = run({"--help"}).output;
-    for (char const* word :
-         {"contentType", "text", "font", "textColor", "backgroundColor", "backgroundTransparency", "sizeMode", "size",
-          "anchor", "offset", "image", "name", "visible", "{file}", "{index}", "{count}", "Exit codes"})
-        EXPECT_NE(help.find(word), std::string::npos) << word;
+    ASSERT_TRUE(frame.save("frame.png"));
+    EXPECT_EQ(stamped("out.bmp").pixelColor(59, 59), QColor(40, 20, 10)) << "over black in a format without alpha";
+    EXPECT_NEAR(stamped("out.JPG").pixelColor(59, 59).red(), 40, 3);
 }
 
 } // namespace

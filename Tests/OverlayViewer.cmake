@@ -1,5 +1,5 @@
 # The tests of overlay-viewer: those that need no display, and those of the window.
-add_executable(OverlayViewerTests OverlayViewerTest.cpp)
+add_executable(OverlayViewerTests HostTest.h OverlayViewerTest.cpp)
 target_link_libraries(OverlayViewerTests PRIVATE OverlayViewerParts GTest::gtest ztCompileOptions)
 target_compile_definitions(OverlayViewerTests PRIVATE OVERLAY_VIEWER="$<TARGET_FILE:OverlayViewer>")
 add_dependencies(OverlayViewerTests OverlayViewer)

@@ -1,0 +1,73 @@
+/// \file
+/// What the tests of the hosts share: a folder to work in and runs of the host.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QColor>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QImageWriter>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <tuple>
+
+/// A folder of its own is the current one as long as the test lasts.
+class HostTest : public testing::Test
+{
+  protected:
+    /// The exit code and what is printed on the output and the error stream.
+    using Outcome = std::tuple<int, std::string, std::string>;
+
+    explicit HostTest(QString program = "") : _program(std::move(program)) { QDir::setCurrent(_folder.path()); }
+    ~HostTest() override { QDir::setCurrent(QDir::rootPath()); }
+
+    static void write(QString const& name, QByteArray const& bytes)
+    {
+        QFile file(name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+
+    static void writePicture(QString const& name, QColor const& color, QSize const& size)
+    {
+        QImage picture(size, color.alpha() < 255 ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+        picture.fill(color);
+        ASSERT_TRUE(picture.save(name));
+    }
+
+    static QStringList names(QString const& folder = ".")
+    {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+    Outcome run(QString const& arguments) const
+    {
+        QProcess process;
+        process.setProcessEnvironment(_environment);
+        process.start(_program, arguments.split(' '));
+        EXPECT_TRUE(process.waitForFinished(120000));
+        return {process.exitCode(), process.readAllStandardOutput().toStdString(),
+                process.readAllStandardError().toStdString()};
+    }
+
+    /// Runs the host with wrong arguments, of which it complains in one line and then leaves no trace.
+    void expectComplaint(QString const& arguments, std::string const& complaint) const
+    {
+        QStringList const before = names();
+        EXPECT_EQ(run(arguments), Outcome(2, "", complaint + "\n")) << arguments.toStdString();
+        EXPECT_EQ(names(), before) << arguments.toStdString();
+    }
+
+    /// The end of the complaint about a format that can't be written.
+    static std::string writableFormats()
+    {
+        return "only " + QImageWriter::supportedImageFormats().join(", ").toStdString();
+    }
+
+    QTemporaryDir _folder;
+    QString _program;
+    QProcessEnvironment _environment = QProcessEnvironment::systemEnvironment();
+};
