@@ -41,6 +41,15 @@ class SurfacelessContext
     EGLContext _context = EGL_NO_CONTEXT;
 };
 
+/// A new object of OpenGL.
+template <class Generate>
+GLuint make(Generate const& generate)
+{
+    GLuint name = 0;
+    generate(1, &name);
+    return name;
+}
+
 /// The parameter: whether the profile is ES.
 class OpenGLTest : public SceneTest, public testing::WithParamInterface<bool>
 {
@@ -51,8 +60,8 @@ class OpenGLTest : public SceneTest, public testing::WithParamInterface<bool>
         if (!context.isThere() && !std::getenv("ZT_REQUIRE_OPENGL"))
             GTEST_SKIP() << "no EGL context can be had";
         ASSERT_TRUE(context.isThere()) << "no EGL context can be had";
-        glGenTextures(1, &target);
-        glGenFramebuffers(1, &framebuffer);
+        target = make(glGenTextures);
+        framebuffer = make(glGenFramebuffers);
     }
 
     void TearDown() override
@@ -124,9 +133,7 @@ class OpenGLTest : public SceneTest, public testing::WithParamInterface<bool>
 
     osg::OverlayPtr makeSquare(int size, std::array<int, 4> pixel = {255, 255, 255, 255})
     {
-        osg::OverlayPtr const overlay = makePicture(makeImage(size, size, pixel));
-        overlay->size = float(size);
-        return overlay;
+        return makePicture(makeImage(size, size, pixel), float(size));
     }
 
     osg::OverlayPtr makeLabel()
@@ -167,10 +174,9 @@ TEST_P(OpenGLTest, UnscaledOverlaysAgreeWithTheStamp)
     osg::OverlayPtr const label = makeLabel();
     for (int alpha : {255, 100, 10, 0})
     {
-        osg::OverlayPtr const picture = makePicture(makeImage(60, 40));
+        osg::OverlayPtr const picture = makePicture(makeImage(60, 40), 40);
         for (std::size_t i = 0; i < picture->image->pixels.size(); ++i)
             picture->image->pixels[i] = osg::UInt8(i % 4 == 3 ? unsigned(alpha) : random() % (unsigned(alpha) + 1));
-        picture->size = 40;
         osg::ImagePtr const opaque = makeFrame(200, 150, 255), translucent = makeFrame(321, 123, alpha);
         for (auto const& [transparency, x, y] :
              {std::tuple{0.0f, 0.0f, 0.0f}, {0.4f, 20.7f, 30.4f}, {1.0f, 160.5f, 130.9f}})
@@ -208,16 +214,12 @@ TEST_P(OpenGLTest, ScaledPicturesResembleTheStamp)
 TEST_P(OpenGLTest, AssembledTilesEqualTheWhole)
 {
     constexpr int width = 240, height = 160, columns = 3, rows = 2;
-    osg::OverlayPtr const label = makeLabel(), picture = makePicture(makeImage(7, 5, {0, 90, 30, 120}));
-    picture->size = 31;
+    osg::OverlayPtr const label = makeLabel(), picture = makePicture(makeImage(7, 5, {0, 90, 30, 120}), 31);
     picture->offset = {70.3f, 60.6f};
     osg::ImagePtr const frame = makeImage(width, height), whole = drawOver(frame, {label, picture});
 
-    osg::ViewportPtr const viewport = makeViewport(width / columns, height / rows);
-    auto const tile = osg::create<osg::TileCameraDecorator>();
-    osg::setRefdCP(viewport->camera, tile);
-    tile->fullWidth = width;
-    tile->fullHeight = height;
+    osg::TileCameraDecoratorPtr const tile = createTile(width, height);
+    osg::ViewportPtr const viewport = makeViewport(width / columns, height / rows, tile);
     viewport->foregrounds = {label->foreground, picture->foreground};
     startFrom(frame);
     for (int i = 0; i < rows * columns; ++i)
@@ -236,14 +238,13 @@ TEST_P(OpenGLTest, AssembledTilesEqualTheWhole)
 
 TEST_P(OpenGLTest, StereoSqueezesTheLayout)
 {
-    osg::ViewportPtr const viewport = makeViewport(100, 80);
     auto const stereo = osg::create<osg::ShearedStereoCameraDecorator>();
     auto const perspective = osg::create<osg::PerspectiveCamera>();
-    osg::setRefdCP(viewport->camera, stereo);
+    osg::ViewportPtr const viewport = makeViewport(100, 80, stereo);
     osg::setRefdCP(stereo->decoratee, perspective);
     perspective->aspect = 2;
-    osg::OverlayPtr const overlay = makePicture(makeImage(2, 1, {255, 255, 255, 255})), seen = makeSquare(20);
-    overlay->size = 20; // 40 by 20 of a layout of 200 by 80, at 159.5: from 79.75 on
+    // 40 by 20 of a layout of 200 by 80, at 159.5: from 79.75 on.
+    osg::OverlayPtr const overlay = makePicture(makeImage(2, 1, {255, 255, 255, 255}), 20), seen = makeSquare(20);
     overlay->offset.x = -0.5f;
     overlay->anchor = seen->anchor = {1, 0};
     ztOverlays::updateOverlay(overlay, 200, 80);
@@ -254,10 +255,9 @@ TEST_P(OpenGLTest, StereoSqueezesTheLayout)
 TEST_P(OpenGLTest, UploadsFollowTheImage)
 {
     osg::NodePtr const root = makeScene();
-    osg::OverlayPtr const text = overlayOf(ztOverlays::createOverlay(root));
-    osg::OverlayPtr const picture = overlayOf(ztOverlays::createOverlay(root));
-    picture->contentType = osg::Overlay::ContentImage;
-    osg::setRefdCP(picture->image, makeImage(9, 9, {9, 9, 9, 9}));
+    osg::OverlayPtr const text = makeText(""), picture = makeSquare(9);
+    makeNode(text, root);
+    makeNode(picture, root);
     osg::ViewportPtr const viewport = makeViewport(64, 64);
     startFrom(makeImage(64, 64));
     auto const write = [&](int frame) {
@@ -344,18 +344,13 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
     while (!glIsProgram(lastProgram))
         --lastProgram;
     startFrom(frame);
-    GLuint textures[2], sampler, vertexArray, buffers[2];
-    glGenTextures(2, textures);
-    glGenSamplers(1, &sampler);
-    glGenVertexArrays(1, &vertexArray);
-    glGenBuffers(2, buffers);
     glDisable(GL_BLEND);
     glUseProgram(lastProgram);
-    glBindTexture(GL_TEXTURE_2D, textures[0]);
-    glBindSampler(0, sampler);
-    glBindVertexArray(vertexArray);
-    glBindBuffer(GL_ARRAY_BUFFER, buffers[0]);
-    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, buffers[1]);
+    glBindTexture(GL_TEXTURE_2D, make(glGenTextures));
+    glBindSampler(0, make(glGenSamplers));
+    glBindVertexArray(make(glGenVertexArrays));
+    glBindBuffer(GL_ARRAY_BUFFER, make(glGenBuffers));
+    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, make(glGenBuffers));
     for (int capability : {GL_CULL_FACE, GL_DEPTH_TEST, GL_SCISSOR_TEST, GL_STENCIL_TEST, GL_RASTERIZER_DISCARD,
                            GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SAMPLE_COVERAGE})
         glEnable(GLenum(capability));
@@ -378,7 +373,7 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
     }
     auto const atUnit0 = readState();
     glActiveTexture(GL_TEXTURE3);
-    glBindTexture(GL_TEXTURE_2D, textures[1]);
+    glBindTexture(GL_TEXTURE_2D, make(glGenTextures));
     auto const atUnit3 = readState();
     osg::ViewportPtr const viewport = makeViewport(64, 48);
     osg::markChanged(shownImage(label), osg::AllFieldsMask); // so that it uploads, too
@@ -398,8 +393,7 @@ TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
     osg::ImagePtr const image = makeImage(2, 2, {100, 100, 100, 255}), frame = makeImage(8, 8, {100, 100, 100, 255});
     std::fill_n(&image->pixels[0], 3, 0);
     std::fill_n(&image->pixels[4], 4, 255);
-    osg::OverlayPtr const overlay = makePicture(image);
-    overlay->size = 8;
+    osg::OverlayPtr const overlay = makePicture(image, 8);
     osg::TextureChunkPtr const texture = textureOf(overlay);
     osg::BlendChunkPtr const blend = chunkOf<osg::BlendChunk>(overlay, 1);
     auto const column = [&](int x) { return pixelAt(drawOver(frame, {overlay}), x, 0)[0]; };
@@ -417,10 +411,9 @@ TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
     EXPECT_EQ(column(0), 100) << "added";
 
     // Eight texels a pixel in stripes: a mipmap evens them out, the nearest texel doesn't.
-    osg::OverlayPtr const striped = makePicture(makeImage(64, 64, {0, 0, 0, 255}));
+    osg::OverlayPtr const striped = makePicture(makeImage(64, 64, {0, 0, 0, 255}), 8);
     for (std::size_t i = 0; i < striped->image->pixels.size(); i += 8)
         std::fill_n(&striped->image->pixels[i], 4, 255);
-    striped->size = 8;
     auto const gray = [&] { return pixelAt(drawOver(frame, {striped}), 3, 1)[0]; };
     EXPECT_NEAR(gray(), 128, 3);
     textureOf(striped)->minFilter = GL_NEAREST;
