@@ -1,7 +1,6 @@
 #include "GLState.h"
 
 #include <dlfcn.h>
-#include <iterator>
 
 namespace osg
 {
@@ -28,20 +27,6 @@ void* ask(char const* library, char const* function)
     return context;
 }
 
-/// What would alter plain polygons or where they are drawn. Those from `firstOfDesktop` on aren't in OpenGL ES.
-constexpr GLenum alterations[] = {
-    GL_CULL_FACE,        GL_DEPTH_TEST,     GL_RASTERIZER_DISCARD,  GL_SAMPLE_ALPHA_TO_COVERAGE,
-    GL_SAMPLE_COVERAGE,  GL_SCISSOR_TEST,   GL_STENCIL_TEST,        GL_COLOR_LOGIC_OP,
-    GL_FRAMEBUFFER_SRGB, GL_POLYGON_SMOOTH, GL_SAMPLE_ALPHA_TO_ONE, GL_SAMPLE_MASK};
-constexpr std::size_t firstOfDesktop = 7;
-
-std::size_t numAlterations(GLVersion const& version)
-{
-    return version.isDesktop ? std::size(alterations) : firstOfDesktop;
-}
-
-constexpr GLenum unpackParameters[] = {GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS,
-                                       GL_UNPACK_SKIP_PIXELS};
 constexpr GLint plainUnpack[] = {4, 0, 0, 0};
 
 bool hasViewports(GLVersion const& version)
@@ -105,9 +90,14 @@ void setViewport(GLVersion const& version, std::array<GLfloat, 4> const& rectang
         glViewport(GLint(left), GLint(bottom), GLsizei(width), GLsizei(height));
 }
 
+std::size_t GLStateGuard::numAlterations() const
+{
+    return _version.isDesktop ? std::size(alterations) : firstOfDesktop;
+}
+
 GLStateGuard::GLStateGuard(GLVersion const& version) : _version(version)
 {
-    for (std::size_t i = 0; i < numAlterations(version); ++i)
+    for (std::size_t i = 0; i < numAlterations(); ++i)
         if ((_wasEnabled[i] = glIsEnabled(alterations[i])))
             setEnabled(version, alterations[i], false);
     if (version.isDesktop)
@@ -156,7 +146,7 @@ GLStateGuard::~GLStateGuard()
         glPixelStorei(unpackParameters[i], _unpack[i]);
     if (_version.isDesktop)
         glPolygonMode(GL_FRONT_AND_BACK, GLenum(_polygonMode[0]));
-    for (std::size_t i = 0; i < numAlterations(_version); ++i)
+    for (std::size_t i = 0; i < numAlterations(); ++i)
         if (_wasEnabled[i])
             setEnabled(_version, alterations[i], true);
 }

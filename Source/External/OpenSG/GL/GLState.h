@@ -5,6 +5,7 @@
 #include <epoxy/gl.h>
 
 #include <array>
+#include <iterator>
 
 namespace osg
 {
@@ -48,9 +49,20 @@ class GLStateGuard
     ~GLStateGuard();
 
   private:
+    /// What would alter plain polygons or where they are drawn. Those from `firstOfDesktop` on aren't in OpenGL ES 3.0.
+    static constexpr GLenum alterations[] = {
+        GL_CULL_FACE,        GL_DEPTH_TEST,     GL_RASTERIZER_DISCARD,  GL_SAMPLE_ALPHA_TO_COVERAGE,
+        GL_SAMPLE_COVERAGE,  GL_SCISSOR_TEST,   GL_STENCIL_TEST,        GL_COLOR_LOGIC_OP,
+        GL_FRAMEBUFFER_SRGB, GL_POLYGON_SMOOTH, GL_SAMPLE_ALPHA_TO_ONE, GL_SAMPLE_MASK};
+    static constexpr std::size_t firstOfDesktop = 7;
+    static constexpr GLenum unpackParameters[] = {GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS,
+                                                  GL_UNPACK_SKIP_PIXELS};
+
+    std::size_t numAlterations() const;
+
     GLVersion _version;
-    std::array<bool, 12> _wasEnabled{};
-    std::array<GLint, 4> _unpack;
+    std::array<bool, std::size(alterations)> _wasEnabled{};
+    std::array<GLint, std::size(unpackParameters)> _unpack;
     GLint _unpackBuffer, _arrayBuffer, _vertexArray, _program, _activeTexture, _texture, _sampler, _polygonMode[2];
     bool _wasBlending;
     std::array<GLfloat, 4> _viewport;
