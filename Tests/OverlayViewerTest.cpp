@@ -87,8 +87,8 @@ TEST_F(Viewer, ReadsASquareSpeltInManyWays)
     QVector3D const corners[] = {{-x, -y, 0.0f}, {x, -y, 0.0f}, {x, y, 0.0f},
                                  {-x, -y, 0.0f}, {x, y, 0.0f},  {-x, y, 0.0f}};
     for (QByteArray const& text :
-         {square + "f 1 2 3\nf 1 3 4", square + "vn 0 0 3e38\nvt 0.5\nf 1//1 -3/1/-1 3/-1 4/",
-          "\xef\xbb\xbfmtllib a.mtl\n# a square\n" + square + "s 1\nl 1 9\nf 1 2 3 4 # 5\nend",
+         {"\xef\xbb\xbf" + square + "f 1 2 3\nf 1 3 4", square + "vn 0 0 3e38\nvt 0.5\nf 1//1 -3/1/-1 3/-1 4/",
+          "mtllib a.mtl\n# a square\n" + square + "s 1\nl 1 9\nf 1 2 3 4 # 5\nend",
           QByteArray("\n\n\tv  +1 1.0e0 5 1.0\r\nv 5 1 5 0 0 0\r\nv 5\t4 5\r\nv 1 4 5 \r\n f 1  2\\\n3 \\\r\n4\r\n"),
           QByteArray("v -2.4e38 -1.8e38 0\nv 2.4e38 -1.8e38 0\nv 2.4e38 1.8e38 0\nv -2.4e38 1.8e38 0\nf 1 2 3 4")})
     {
