@@ -105,6 +105,10 @@ TEST_F(Viewer, ReadsASquareSpeltInManyWays)
     EXPECT_EQ(readObjFile("point.obj")[0].position, QVector3D());
     write("small.obj", "v -1 0 0\nv 1 0 0\nv 0 0 0\nv 0 1e-4 0\nv 0 0 1e-4\nf 3 4 5");
     EXPECT_EQ(readObjFile("small.obj")[0].normal, QVector3D(1, 0, 0));
+    write("folded.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nf 1 2 3\nf 1 4 2");
+    Mesh const folded = readObjFile("folded.obj");
+    EXPECT_LT((folded[0].normal - QVector3D(0, 1, 1) / std::sqrt(2.0f)).length(), 1e-6f) << "along the fold";
+    EXPECT_EQ(folded[2].normal, QVector3D(0, 0, 1));
 }
 
 TEST_F(Viewer, SaysInOneLineWhatIsWrong)
