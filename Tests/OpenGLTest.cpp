@@ -361,8 +361,8 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
     glBlendFuncSeparate(GL_DST_COLOR, GL_ZERO, GL_ZERO, GL_ONE);
     glBlendEquationSeparate(GL_FUNC_SUBTRACT, GL_FUNC_REVERSE_SUBTRACT);
     int value = 8;
-    for (GLenum parameter : {GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS})
-        glPixelStorei(parameter, value--);
+    for (int parameter : {GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS})
+        glPixelStorei(GLenum(parameter), value--);
     if (!GetParam())
     {
         for (int capability : {GL_COLOR_LOGIC_OP, GL_FRAMEBUFFER_SRGB, GL_POLYGON_SMOOTH, GL_SAMPLE_ALPHA_TO_ONE})
