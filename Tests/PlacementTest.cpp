@@ -125,7 +125,7 @@ TEST_F(PlacementTest, NodeFormsTakeTheLayoutSizeButForRendering)
 TEST_F(PlacementTest, DpiScaleRefusesWhatIsNoScale)
 {
     ASSERT_TRUE(ztPlatform::setDpiScale(1.5, 2.5));
-    for (double bad : {0.0, std::numeric_limits<double>::infinity(), std::nan("")})
+    for (double bad : {0.0, -1.0, std::numeric_limits<double>::infinity(), std::nan("")})
         EXPECT_FALSE(ztPlatform::setDpiScale(bad, 1.0) || ztPlatform::setDpiScale(1.0, bad)) << bad;
     EXPECT_EQ((std::pair{ztPlatform::getDpiScaleX(), ztPlatform::getDpiScaleY()}), (std::pair{1.5, 2.5}));
 }
