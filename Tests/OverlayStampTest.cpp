@@ -7,6 +7,8 @@
 #include <QColorSpace>
 #include <QPainter>
 
+#include <sys/stat.h>
+
 namespace
 {
 
@@ -149,17 +151,19 @@ TEST_F(OverlayStamp, DoesTheOtherFramesInTheirOrderWhateverTheJobs)
         lines << inputs.back() + " -> out/" + inputs.back() + "\n";
         writePicture(inputs.back(), QColor(10 * i, 0, 0), {60 + 40 * (i % 3), 40});
     }
-    write("cut.ppm", "P6 9 9 255\n");
+    QFile whole("f0.png");
+    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
+    write("cut.png", whole.read(whole.size() - 20));
     ASSERT_TRUE(QFile::copy("f0.png", "f0.gif"));
     ASSERT_TRUE(QFile::copy("f0.png", "taken.png"));
-    QString const failing = " no.png cut.ppm f0.gif taken.png . ";
+    QString const failing = " no.png cut.png f0.gif taken.png . ";
     for (QString const jobs : {"1", "4"})
     {
         ASSERT_TRUE(QDir().mkpath("out/taken.png"));
         EXPECT_EQ(run("--overlays labels.json --output-dir out --jobs " + jobs + failing + inputs.join(' ')),
                   Outcome(1, lines.join("").toStdString(),
                           "no.png: can't read it: File not found\n"
-                          "cut.ppm: can't read it: Unable to read image data\n"
+                          "cut.png: can't read it: Unable to read image data\n"
                           "f0.gif: can't write \"out/f0.gif\": Unsupported image format\n"
                           "taken.png: can't write \"out/taken.png\": Filename refers to a directory\n"
                           ".: can't read it: Is a directory\n"
@@ -169,6 +173,20 @@ TEST_F(OverlayStamp, DoesTheOtherFramesInTheirOrderWhateverTheJobs)
     }
     for (QString const& name : inputs)
         EXPECT_EQ(QImage("1/" + name), QImage("4/" + name)) << name.toStdString();
+}
+
+TEST_F(OverlayStamp, LeavesNoPartOfAFileAndNoOtherKindOfFile)
+{
+    std::string const failure = "\n1 of 1 frames failed\n";
+    ASSERT_EQ(mkfifo("pipe.png", 0600), 0);
+    QStringList const before = names();
+    EXPECT_EQ(run("--overlays labels.json --output pipe.png frame.png"),
+              Outcome(1, "", "frame.png: can't write \"pipe.png\": It is no regular file" + failure));
+    _program = "env";
+    EXPECT_EQ(run("--ignore-signal=XFSZ prlimit --fsize=100 " OVERLAY_STAMP
+                  " --overlays labels.json --output out.png frame.png"),
+              Outcome(1, "", "frame.png: can't write \"out.png\": File too large" + failure));
+    EXPECT_EQ(names(), before);
 }
 
 TEST_F(OverlayStamp, PutsPicturesWhereTheEntriesSayTheFirstOnTop)

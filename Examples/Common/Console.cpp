@@ -8,6 +8,8 @@ namespace ztExamples
 namespace
 {
 
+std::FILE* errors = stderr;
+
 /// Whatever a file name or a message holds, it takes one line and doesn't steer the terminal.
 void print(std::FILE* stream, QString message)
 {
@@ -33,12 +35,22 @@ void printLine(QString const& message)
 
 void printError(QString const& message)
 {
-    print(stderr, message);
+    print(errors, message);
 }
 
-void quietenQt()
+std::FILE* errorStream()
+{
+    return errors;
+}
+
+void quietenLibraries()
 {
     qInstallMessageHandler(printSevere);
+#ifdef __GLIBC__
+    // libpng writes what is wrong with a picture, which Qt reports too, to a stream that is a variable here.
+    if (std::FILE* const nowhere = std::fopen("/dev/null", "w"))
+        stderr = nowhere;
+#endif
 }
 
 } // namespace ztExamples

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <cstdio>
+
 namespace ztExamples
 {
 
@@ -13,8 +15,11 @@ void printLine(QString const& message);
 /// A line on the standard error stream.
 void printError(QString const& message);
 
-/// Leaves out Qt's notes on its surroundings, which aren't the user's concern: what fails is in the host's
-/// own messages. Severe ones are errors.
-void quietenQt();
+/// The standard error stream.
+std::FILE* errorStream();
+
+/// Leaves out the libraries' notes on their surroundings and on broken files, which aren't the user's concern: what
+/// fails is in the host's own messages. Qt's severe ones are errors. `stderr` leads nowhere from then on.
+void quietenLibraries();
 
 } // namespace ztExamples

@@ -100,8 +100,12 @@ void writeFrame(Frame frame, QString const& path)
     if (!writer.write(compose(std::move(frame), format)))
         fail(what, writer.errorString());
 
+    QFileInfo const place(path);
+    if (place.exists() && !place.isFile() && !place.isDir())
+        fail(what, "It is no regular file");
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || !writeAll(file, bytes.data()) || !file.commit())
+    // A buffer would be flushed where nobody learns that it doesn't fit.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !writeAll(file, bytes.data()) || !file.commit())
         fail(what, file.errorString());
 }
 

@@ -70,13 +70,13 @@ void Report::showProgress()
                              .arg(_frameCount)
                              .arg(rate, 0, 'f', 1)
                              .arg(toClock(double(_frameCount - _reported) / rate));
-    std::fputs(line.toUtf8().constData(), stderr);
+    std::fputs(line.toUtf8().constData(), errorStream());
 }
 
 void Report::hideProgress() const
 {
     if (_hasBar)
-        std::fputs("\r\x1b[K", stderr);
+        std::fputs("\r\x1b[K", errorStream());
 }
 
 } // namespace ztExamples

@@ -54,7 +54,7 @@ ExitCode run(QStringList const& arguments)
 
 int main(int argc, char** argv)
 {
-    quietenQt();
+    quietenLibraries();
     // Text needs an application, not a display.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -63,7 +63,7 @@ int run(QStringList const& arguments)
 
 int main(int argc, char** argv)
 {
-    quietenQt();
+    quietenLibraries();
     // Without a display there is still --help, and an answer in our own words.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb;wayland;offscreen");

@@ -18,8 +18,10 @@ std::atomic<UInt64> numEnded{0};
 
 StateChunk::~StateChunk()
 {
-    if (_life)
-        ++numEnded;
+    if (!_life)
+        return;
+    _life.reset(); // before renderers look
+    ++numEnded;
 }
 
 std::weak_ptr<void const> StateChunk::getLife() const

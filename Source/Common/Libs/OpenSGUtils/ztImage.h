@@ -28,8 +28,7 @@ ZTOPENSGUTILS_EXPORT bool scale(osg::ImagePtr const& source, int width, int heig
 /// held within 0 to 255 (Porter and Duff's "over", Compositing Digital Images, 1984).
 ///
 /// \param target  marked with its `pixels` field if any of its pixels lies under the source
-/// \param source  of any size; what lies outside the target is left out. It may be the target; otherwise the bytes of
-/// the two
+/// \param source  of any size; what lies outside the target is left out. It may be the target; otherwise their bytes
 ///     don't overlap.
 /// \param position  where the first pixel of the source's bytes comes to lie, in pixels of the target; x and y are
 ///     truncated towards zero, z isn't read

@@ -34,6 +34,12 @@ bool hasViewports(GLVersion const& version)
     return version.isDesktop && version.number >= 41;
 }
 
+/// Whether clip space can be upside down.
+bool hasClipControl(GLVersion const& version)
+{
+    return version.isDesktop && version.number >= 45;
+}
+
 /// Whether the context keeps a capability for each draw buffer or viewport.
 bool isIndexed(GLVersion const& version, GLenum capability)
 {
@@ -81,13 +87,12 @@ void setBlending(GLVersion const& version, Blending const& blending)
     }
 }
 
-void setViewport(GLVersion const& version, std::array<GLfloat, 4> const& rectangle)
+void setViewport(GLVersion const& version, GLint left, GLint bottom, GLsizei width, GLsizei height)
 {
-    auto const [left, bottom, width, height] = rectangle;
     if (hasViewports(version))
-        glViewportIndexedf(0, left, bottom, width, height);
+        glViewportIndexedf(0, GLfloat(left), GLfloat(bottom), GLfloat(width), GLfloat(height));
     else
-        glViewport(GLint(left), GLint(bottom), GLsizei(width), GLsizei(height));
+        glViewport(left, bottom, width, height);
 }
 
 std::size_t GLStateGuard::numAlterations() const
@@ -120,7 +125,14 @@ GLStateGuard::GLStateGuard(GLVersion const& version) : _version(version)
     _arrayBuffer = get(GL_ARRAY_BUFFER_BINDING);
     _vertexArray = get(GL_VERTEX_ARRAY_BINDING);
     _program = get(GL_CURRENT_PROGRAM);
-    glGetFloatv(GL_VIEWPORT, _viewport.data());
+    glGetIntegerv(GL_VIEWPORT, _viewport);
+    glGetFloatv(GL_VIEWPORT, _fractionalViewport);
+    if (hasClipControl(version))
+    {
+        _clipControl[0] = get(GL_CLIP_ORIGIN);
+        _clipControl[1] = get(GL_CLIP_DEPTH_MODE);
+        glClipControl(GL_LOWER_LEFT, GL_NEGATIVE_ONE_TO_ONE);
+    }
     _blending = {GLenum(get(GL_BLEND_SRC_RGB)),      GLenum(get(GL_BLEND_DST_RGB)),
                  GLenum(get(GL_BLEND_SRC_ALPHA)),    GLenum(get(GL_BLEND_DST_ALPHA)),
                  GLenum(get(GL_BLEND_EQUATION_RGB)), GLenum(get(GL_BLEND_EQUATION_ALPHA))};
@@ -132,7 +144,12 @@ GLStateGuard::~GLStateGuard()
 {
     setEnabled(_version, GL_BLEND, _wasBlending);
     setBlending(_version, _blending);
-    setViewport(_version, _viewport);
+    if (hasClipControl(_version))
+        glClipControl(GLenum(_clipControl[0]), GLenum(_clipControl[1]));
+    if (hasViewports(_version))
+        glViewportIndexedfv(0, _fractionalViewport);
+    else
+        glViewport(_viewport[0], _viewport[1], _viewport[2], _viewport[3]);
     // A program that was deleted while current is gone by now: then none is.
     glUseProgram(0);
     glUseProgram(GLuint(_program));

@@ -34,8 +34,8 @@ struct Blending
 
 void setBlending(GLVersion const& version, Blending const& blending);
 
-/// The rectangle of the first viewport: left, bottom, width, height.
-void setViewport(GLVersion const& version, std::array<GLfloat, 4> const& rectangle);
+/// Sets the first viewport.
+void setViewport(GLVersion const& version, GLint left, GLint bottom, GLsizei width, GLsizei height);
 
 /// Keeps drawing and the context's state apart. From its start on nothing alters plain polygons and the upload of plain
 /// bytes, texture unit 0 is active and has no sampler, and blending is on. At its end all that, and what else drawing
@@ -65,7 +65,9 @@ class GLStateGuard
     std::array<GLint, std::size(unpackParameters)> _unpack;
     GLint _unpackBuffer, _arrayBuffer, _vertexArray, _program, _activeTexture, _texture, _sampler, _polygonMode[2];
     bool _wasBlending;
-    std::array<GLfloat, 4> _viewport;
+    /// Fractions only where there are several viewports.
+    GLfloat _fractionalViewport[4];
+    GLint _viewport[4], _clipControl[2];
     Blending _blending;
 };
 

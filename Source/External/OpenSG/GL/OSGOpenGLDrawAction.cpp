@@ -425,8 +425,8 @@ std::string OpenGLDrawAction::drawInContext(TexturedPolygon const& polygon, View
         return failure;
     setFilters(*chunks.texture, isTexelForPixel);
     setBlending(_context->version, blendingOf(*chunks.blend));
-    setViewport(_context->version, {GLfloat(viewport.pixelLeft), GLfloat(viewport.pixelBottom),
-                                    GLfloat(viewport.getPixelWidth()), GLfloat(viewport.getPixelHeight())});
+    setViewport(_context->version, viewport.pixelLeft, viewport.pixelBottom, viewport.getPixelWidth(),
+                viewport.getPixelHeight());
 
     float const scaleX = 2.0f / (area.right - area.left), scaleY = 2.0f / (area.top - area.bottom);
     float const pixelsToClip[16] = {scaleX, 0, 0, 0, 0, scaleY, 0, 0, 0, 0, 1, 0, -1, -1, 0, 1};
