@@ -22,41 +22,46 @@ TEST_F(TextRasterTest, EqualsLinesPaintedByHand)
     char const* const first = "Camera 7 \u05e9\u05dc\u05d5\u05dd 12 \u5b57\u5e55 \U0001F600\u2028M";
     char const* const last =
         "f/2.8 \u0628\u0628\u0628 \u0939\u093f\u0928\u094d\u0926\u0940 a\u0301\u0302 \xff\xfe \xc3";
-    osg::OverlayPtr const overlay = hold(osg::create<osg::Overlay>());
-    overlay->text = first + std::string("\n\n") + last + std::string("\n\0hidden", 8);
-    overlay->size = 21.9f;
-    overlay->dirty = false;                                 // but not complete
-    overlay->font = "\u6587\u6cc9\u9a5b\u5fae\u7c73\u9ed1"; // as the font is called in Chinese
-    overlay->textColor = {0.9f, 0.8f, 0.2f, 0.9f};
-    overlay->backgroundColor = {0.1f, 0.2f, 0.4f};
-    overlay->backgroundTransparency = {0.5f, 0.25f, 1}; // a luminance of 0.357
-    ztPlatform::setDpiScale(3, 3);                      // plays no part
-
-    std::vector<std::unique_ptr<QTextLayout>> layouts;
-    double height = 0, width = 0;
-    for (char const* text : {first, "", last, ""})
+    ztPlatform::setDpiScale(3, 3); // plays no part
+    // As one font is called in Chinese; the other one has leading.
+    for (auto const& [font, family] : {std::pair{"\u6587\u6cc9\u9a5b\u5fae\u7c73\u9ed1", "WenQuanYi Micro Hei"},
+                                       {"Noto Looped Lao", "Noto Looped Lao"}})
     {
-        layouts.push_back(std::make_unique<QTextLayout>(text, QFont("WenQuanYi Micro Hei", 21)));
-        layouts.back()->beginLayout();
-        for (QTextLine line = layouts.back()->createLine(); line.isValid(); line = layouts.back()->createLine())
+        osg::OverlayPtr const overlay = hold(osg::create<osg::Overlay>());
+        overlay->text = first + std::string("\n\n") + last + std::string("\n\0hidden", 8);
+        overlay->size = 21.9f;
+        overlay->dirty = false; // but not complete
+        overlay->font = font;
+        overlay->textColor = {0.9f, 0.8f, 0.2f, 0.9f};
+        overlay->backgroundColor = {0.1f, 0.2f, 0.4f};
+        overlay->backgroundTransparency = {0.5f, 0.25f, 1}; // a luminance of 0.357
+
+        std::vector<std::unique_ptr<QTextLayout>> layouts;
+        double height = 0, width = 0;
+        for (char const* text : {first, "", last, ""})
         {
-            line.setLeadingIncluded(true);
-            line.setLineWidth(1e9);
-            line.setPosition({0, height});
-            height += line.height();
+            layouts.push_back(std::make_unique<QTextLayout>(text, QFont(family, 21)));
+            layouts.back()->beginLayout();
+            for (QTextLine line = layouts.back()->createLine(); line.isValid(); line = layouts.back()->createLine())
+            {
+                line.setLeadingIncluded(true);
+                line.setLineWidth(1e9);
+                line.setPosition({0, height});
+                height += line.height();
+            }
+            layouts.back()->endLayout();
+            width = std::max(width, layouts.back()->maximumWidth());
         }
-        layouts.back()->endLayout();
-        width = std::max(width, layouts.back()->maximumWidth());
+        QImage label(int(width), int(height), QImage::Format_ARGB32_Premultiplied);
+        label.fill(QColor(25, 51, 102, 163));
+        QPainter painter(&label);
+        painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+        painter.setPen(QColor(229, 204, 51, 229));
+        for (auto const& layout : layouts)
+            layout->draw(&painter, {0, 0});
+        ztOverlays::updateOverlay(overlay, 800, 600);
+        EXPECT_EQ(toQImage(shownImage(overlay)), label) << family;
     }
-    QImage label(int(width), int(height), QImage::Format_ARGB32_Premultiplied);
-    label.fill(QColor(25, 51, 102, 163));
-    QPainter painter(&label);
-    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-    painter.setPen(QColor(229, 204, 51, 229));
-    for (auto const& layout : layouts)
-        layout->draw(&painter, {0, 0});
-    ztOverlays::updateOverlay(overlay, 800, 600);
-    EXPECT_EQ(toQImage(shownImage(overlay)), label);
 }
 
 TEST_F(TextRasterTest, RelativeSizeGivesTheHeight)
