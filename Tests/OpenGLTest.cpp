@@ -335,7 +335,7 @@ TEST_P(OpenGLTest, ObjectsGoWithTheirChunksAndWithRelease)
 /// All that the context tells of its state: the first values of every parameter there is, and 0 for other numbers.
 std::vector<std::array<GLint, 4>> readState()
 {
-    std::vector<std::array<GLint, 4>> state(0x9200);
+    std::vector<std::array<GLint, 4>> state(0x9600);
     for (GLenum parameter = 0; parameter < state.size(); ++parameter)
     {
         std::array<GLint, 1024> values{};
