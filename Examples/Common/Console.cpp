@@ -8,7 +8,7 @@ namespace ztExamples
 namespace
 {
 
-std::FILE* errors = stderr;
+std::FILE* const errors = stderr;
 
 /// Whatever a file name or a message holds, it takes one line and doesn't steer the terminal.
 void print(std::FILE* stream, QString message)

@@ -45,6 +45,7 @@ void removeOverlays(ViewportPtr& viewport)
     auto const [rest, kept] = std::mismatch(removed.begin(), removed.end(), entries.begin(), entries.end());
     // How many entries of each other foreground are to go: as many as the walk visits it, the first ones.
     std::unordered_map<osg::FieldContainer*, std::size_t> toRemove;
+    toRemove.reserve(std::size_t(removed.end() - rest));
     for (auto it = rest; it != removed.end(); ++it)
         ++toRemove[it->get()];
     auto const isToGo = [&toRemove](osg::ForegroundPtr const& entry) {
