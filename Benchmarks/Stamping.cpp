@@ -22,6 +22,7 @@ struct Stamping
         scene.setTexts({"frame_0012.png", 12, 240});
         ztOverlays::getAllVisibleOverlays(overlays);
         frame.fill(QColor(90, 110, 130));
+        logo = logo.convertToFormat(frame.format());
         ztExamples::stamp(frame, osg::NullFC);
     }
 
@@ -47,7 +48,6 @@ struct Stamping
     void paint()
     {
         QPainter painter(&frame);
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
         for (osg::OverlayPtr const& overlay : overlays)
             if (isText(overlay))
                 paintWithQt(painter, *overlay, frame.size());
@@ -57,18 +57,16 @@ struct Stamping
 
     void paintPicture(QPainter& painter, osg::Overlay const& overlay) const
     {
-        osg::Image& image = *overlay.image;
-        QImage const picture(image.pixelBuffer(), image.width, image.height, QImage::Format_RGBA8888_Premultiplied);
-        auto const& positions = overlay.foreground->positions;
-        double const height = frame.height();
-        painter.drawImage(QRectF(QPointF(positions[0].x, height - double(positions[0].y)),
-                                 QPointF(positions[2].x, height - double(positions[2].y))),
-                          picture);
+        osg::Pnt2f const low = overlay.foreground->positions[0], high = overlay.foreground->positions[2];
+        QSize const size(int(high.x - low.x), int(high.y - low.y));
+        painter.drawImage(QPointF(double(low.x), frame.height() - double(high.y)),
+                          logo.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
     }
 
     Scene scene;
     std::vector<osg::OverlayPtr> overlays;
     QImage frame;
+    QImage logo{ZT_SAMPLE_DATA "/logo.png"};
 };
 
 Contenders first(QSize const& size)

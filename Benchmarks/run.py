@@ -21,6 +21,8 @@ try:
 except ImportError:
     PIL = None
 
+import chart
+
 ROUNDS = 9
 
 
@@ -200,8 +202,11 @@ def main():
         contenders, judge = contenders_of(server, case)
         results[case] = compare(contenders, judge, 1 if options.is_trial else ROUNDS)
         print(line_of(case, results[case]), flush=True)
+    run = {"processor": processor(), "cases": results}
     if options.json:
-        Path(options.json).write_text(json.dumps({"processor": processor(), "cases": results}, indent=1))
+        Path(options.json).write_text(json.dumps(run, indent=1) + "\n")
+    if options.chart:
+        chart.draw(run, options.chart)
 
 
 if __name__ == "__main__":
