@@ -164,18 +164,16 @@ def with_unit(seconds):
     return f"{seconds * 1e9:.3g} ns"
 
 
-def line_of(case, results):
-    ours = next(iter(results.values()))
-    cells = []
-    for name, result in results.items():
-        if result is None:
-            cells.append(f"{name} missing")
-            continue
-        ratio = f" ({result['seconds'] / ours['seconds']:.2f})" if result is not ours else ""
-        facts = "".join(f", {key} {value:,.10g}" for key, value in result.items()
-                        if key not in ("seconds", "all seconds"))
-        cells.append(f"{name} {with_unit(result['seconds'])}{ratio}{facts}")
-    return f"{case:42} " + "  |  ".join(cells)
+def cell_of(result, ours):
+    facts = "".join(f", {key} {value:,.10g}" for key, value in result.items() if key not in ("seconds", "all seconds"))
+    ratio = f" **{result['seconds'] / ours['seconds']:.2f}**" if result is not ours else ""
+    return with_unit(result["seconds"]) + ratio + facts
+
+
+def row_of(case, results):
+    ours, *peers = results.items()
+    cells = [f"{name} {cell_of(result, ours[1]) if result else 'missing'}" for name, result in peers]
+    return f"| {case:40} | {cell_of(ours[1], ours[1]):8} | {'; '.join(cells)} |"
 
 
 def processor():
@@ -196,12 +194,13 @@ def main():
 
     server = Server(options.program, options.is_trial)
     results = {}
+    print("| Case | Ours | Peers, **how many times as long** |\n|---|---|---|")
     for case in server.ask("cases"):
         if options.cases and not any(pattern in case for pattern in options.cases):
             continue
         contenders, judge = contenders_of(server, case)
         results[case] = compare(contenders, judge, 1 if options.is_trial else ROUNDS)
-        print(line_of(case, results[case]), flush=True)
+        print(row_of(case, results[case]), flush=True)
     run = {"processor": processor(), "cases": results}
     if options.json:
         Path(options.json).write_text(json.dumps(run, indent=1) + "\n")
