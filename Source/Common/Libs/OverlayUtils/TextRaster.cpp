@@ -2,6 +2,7 @@
 
 #include "Placement.h"
 #include "ztNumeric.h"
+#include "ztPixels.h"
 #include "ztPlatform.h"
 
 #include <QGuiApplication>
@@ -104,19 +105,6 @@ QImage scaledToHeight(QImage const& image, int height)
     return image.scaledToHeight(height, Qt::SmoothTransformation);
 }
 
-/// Words of alpha, red, green, blue, the highest byte first, to bytes of red, green, blue, alpha.
-void copyRow(QRgb const* source, osg::UInt8* destination, int pixels)
-{
-    for (int i = 0; i < pixels; ++i)
-    {
-        QRgb const word = source[i];
-        destination[4 * i + 0] = osg::UInt8(word >> 16);
-        destination[4 * i + 1] = osg::UInt8(word >> 8);
-        destination[4 * i + 2] = osg::UInt8(word);
-        destination[4 * i + 3] = osg::UInt8(word >> 24);
-    }
-}
-
 void transfer(QImage const& source, osg::ImagePtr const& image)
 {
     int const width = source.width();
@@ -124,7 +112,7 @@ void transfer(QImage const& source, osg::ImagePtr const& image)
     image->set(osg::Image::FormatRGBA, width, height, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
     osg::UInt8* destination = image->pixelBuffer();
     for (int row = height - 1; row >= 0; --row, destination += std::size_t(width) * 4)
-        copyRow(reinterpret_cast<QRgb const*>(source.constScanLine(row)), destination, width);
+        ztPixels::fromWords(reinterpret_cast<QRgb const*>(source.constScanLine(row)), destination, std::size_t(width));
     osg::markChanged(image, osg::AllFieldsMask);
 }
 
