@@ -54,6 +54,8 @@ Sample timed(std::function<void()> const& work, double items = 1.0);
 /// Of one run of some work that can't be repeated.
 Sample timedOnce(std::function<void()> const& work, double items = 1.0);
 
+Cases blendingCases();
+Cases scalingCases();
 Cases stampingCases();
 Cases textCases();
 

@@ -28,11 +28,6 @@ bool isPossible(int width, int height)
            std::int64_t(width) * height * channels <= maxBytes;
 }
 
-UInt8* rowOf(osg::Image& image, int row)
-{
-    return image.pixelBuffer() + std::size_t(row) * std::size_t(image.width) * channels;
-}
-
 void setSize(osg::ImagePtr const& image, int width, int height)
 {
     image->set(osg::Image::FormatRGBA, width, height, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
@@ -99,17 +94,15 @@ bool blendImage(osg::ImagePtr const& target, osg::ImagePtr const& source, osg::V
     }
     bool const asItIs =
         color.r == 1.0f && color.g == 1.0f && color.b == 1.0f && color.a == 1.0f && opacity == 1.0f && additive == 0.0f;
-    ztPixels::Modulation const modulation = modulationOf(color, opacity, additive);
-    for (std::size_t row = 0; row < y.length; ++row)
-    {
-        UInt8* const targetRow = rowOf(*target, int(y.target + row)) + x.target * channels;
-        UInt8 const* const sourceRow =
-            sourceBytes + ((y.source + row) * std::size_t(source->width) + x.source) * channels;
-        if (asItIs)
-            ztPixels::blend(targetRow, sourceRow, x.length);
-        else
-            ztPixels::blendModulated(targetRow, sourceRow, x.length, modulation);
-    }
+    std::size_t const targetStep = std::size_t(target->width) * channels;
+    std::size_t const sourceStep = std::size_t(source->width) * channels;
+    UInt8* const below = target->pixelBuffer() + y.target * targetStep + x.target * channels;
+    UInt8 const* const above = sourceBytes + y.source * sourceStep + x.source * channels;
+    if (asItIs)
+        ztPixels::blend(below, targetStep, above, sourceStep, x.length, y.length);
+    else
+        ztPixels::blendModulated(below, targetStep, above, sourceStep, x.length, y.length,
+                                 modulationOf(color, opacity, additive));
     osg::markChanged(target, osg::Image::PixelsFieldMask);
     return true;
 }

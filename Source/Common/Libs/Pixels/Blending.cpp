@@ -91,40 +91,42 @@ void blendAll(std::uint8_t* target, std::uint8_t const* source, std::size_t pixe
     });
 }
 
-/// Four vectors at a time: those without any colour or alpha are skipped, opaque ones copied.
-void blendBlock(std::uint8_t* target, std::uint8_t const* source)
+/// Two vectors, which are skipped if they hold no colour and no alpha, and copied if they are opaque.
+void blendTwo(std::uint8_t* target, std::uint8_t const* source)
 {
     Bytes const lanes;
     hn::Repartition<std::uint32_t, Bytes> const words;
     std::size_t const n = hn::Lanes(lanes);
     auto const a = hn::LoadU(lanes, source);
     auto const b = hn::LoadU(lanes, source + n);
-    auto const c = hn::LoadU(lanes, source + 2 * n);
-    auto const d = hn::LoadU(lanes, source + 3 * n);
-    auto const any = hn::Or(hn::Or(a, b), hn::Or(c, d));
-    if (hn::AllTrue(lanes, hn::Eq(any, hn::Zero(lanes))))
+    if (hn::AllTrue(lanes, hn::Eq(hn::Or(a, b), hn::Zero(lanes))))
         return;
-    auto const all = hn::BitCast(words, hn::And(hn::And(a, b), hn::And(c, d)));
-    bool const opaque = hn::AllTrue(words, hn::Eq(hn::ShiftRight<24>(all), hn::Set(words, 255)));
-    auto const store = [=](auto v, std::size_t i) HWY_ATTR {
-        hn::StoreU(opaque ? v : blended(hn::LoadU(lanes, target + i), v), lanes, target + i);
-    };
-    store(a, 0);
-    store(b, n);
-    store(c, 2 * n);
-    store(d, 3 * n);
+    auto const both = hn::BitCast(words, hn::And(a, b));
+    bool const opaque = hn::AllTrue(words, hn::Eq(hn::ShiftRight<24>(both), hn::Set(words, 255)));
+    hn::StoreU(opaque ? a : blended(hn::LoadU(lanes, target), a), lanes, target);
+    hn::StoreU(opaque ? b : blended(hn::LoadU(lanes, target + n), b), lanes, target + n);
 }
 
-void blend(std::uint8_t* target, std::uint8_t const* source, std::size_t pixels)
+void blendRow(std::uint8_t* target, std::uint8_t const* source, std::size_t pixels)
 {
-    std::size_t const block = 4 * hn::Lanes(Bytes()) / channels;
-    std::size_t const misaligned = reinterpret_cast<std::uintptr_t>(target) / channels % (block / 4);
-    std::size_t const head = pixels >= 1024 && misaligned ? block / 4 - misaligned : 0;
-    blendAll(target, source, head);
-    std::size_t i = head;
-    for (; i + block <= pixels; i += block)
-        blendBlock(target + i * channels, source + i * channels);
+    constexpr std::size_t longRow = 1024; // where it pays to begin at a multiple of the vector's size
+    std::size_t const vector = hn::Lanes(Bytes()) / channels;
+    std::size_t const misaligned = reinterpret_cast<std::uintptr_t>(target) / channels % vector;
+    std::size_t i = 0;
+    if (pixels >= longRow && misaligned)
+        blendAll(target, source, i = vector - misaligned);
+    for (; i + 2 * vector <= pixels; i += 2 * vector)
+        blendTwo(target + i * channels, source + i * channels);
     blendAll(target + i * channels, source + i * channels, pixels - i);
+}
+
+void blend(std::uint8_t* target, std::size_t targetStep, std::uint8_t const* source, std::size_t sourceStep,
+           std::size_t width, std::size_t height)
+{
+    if (targetStep == width * channels && sourceStep == targetStep)
+        return blendRow(target, source, width * height);
+    for (std::size_t row = 0; row < height; ++row)
+        blendRow(target + row * targetStep, source + row * sourceStep, width);
 }
 
 void premultiply(std::uint8_t* row, std::size_t pixels)
@@ -174,14 +176,8 @@ std::uint8_t toChannel(double value)
     return std::uint8_t(ztNumeric::truncate(std::clamp(value, 0.0, 255.0) + 0.5));
 }
 
-} // namespace
-
-void blend(std::uint8_t* target, std::uint8_t const* source, std::size_t pixels)
-{
-    HWY_DYNAMIC_DISPATCH(blend)(target, source, pixels);
-}
-
-void blendModulated(std::uint8_t* target, std::uint8_t const* source, std::size_t pixels, Modulation const& modulation)
+void blendModulatedRow(std::uint8_t* target, std::uint8_t const* source, std::size_t pixels,
+                       Modulation const& modulation)
 {
     for (std::size_t i = 0; i < pixels; ++i, target += channels, source += channels)
     {
@@ -189,6 +185,21 @@ void blendModulated(std::uint8_t* target, std::uint8_t const* source, std::size_
         for (int c = 0; c < channels; ++c)
             target[c] = toChannel(source[c] * modulation.factors[c] + target[c] * uncovered);
     }
+}
+
+} // namespace
+
+void blend(std::uint8_t* target, std::size_t targetStep, std::uint8_t const* source, std::size_t sourceStep,
+           std::size_t width, std::size_t height)
+{
+    HWY_DYNAMIC_DISPATCH(blend)(target, targetStep, source, sourceStep, width, height);
+}
+
+void blendModulated(std::uint8_t* target, std::size_t targetStep, std::uint8_t const* source, std::size_t sourceStep,
+                    std::size_t width, std::size_t height, Modulation const& modulation)
+{
+    for (std::size_t row = 0; row < height; ++row)
+        blendModulatedRow(target + row * targetStep, source + row * sourceStep, width, modulation);
 }
 
 void premultiply(std::uint8_t* row, std::size_t pixels)

@@ -14,10 +14,13 @@ namespace ztPixels
 
 constexpr int channels = 4;
 
-/// Blends a row over another: target = min(255, source + target × (255 − source alpha) / 255), the product rounded to
-/// the nearest, on all four channels (Porter and Duff's "over", Compositing Digital Images, 1984). The rows don't
-/// overlap.
-void blend(std::uint8_t* target, std::uint8_t const* source, std::size_t pixels);
+/// Blends pixels over others: target = min(255, source + target × (255 − source alpha) / 255), the product rounded to
+/// the nearest, on all four channels (Porter and Duff's "over", Compositing Digital Images, 1984).
+///
+/// \param targetStep,sourceStep  bytes from one row to the next
+/// \param width,height  in pixels, of both; what belongs to the target and to the source doesn't overlap
+void blend(std::uint8_t* target, std::size_t targetStep, std::uint8_t const* source, std::size_t sourceStep,
+           std::size_t width, std::size_t height);
 
 /// What each channel of a source is multiplied by, and how much of the target a source alpha of 255 covers.
 struct Modulation
@@ -26,9 +29,10 @@ struct Modulation
     double coverage;
 };
 
-/// Blends a row over another: target = source × factor + target × (1 − coverage × source alpha / 255), held within 0 to
-/// 255 and rounded to the nearest; 0 where that is no number. The rows don't overlap.
-void blendModulated(std::uint8_t* target, std::uint8_t const* source, std::size_t pixels, Modulation const& modulation);
+/// Like blend(), with target = source × factor + target × (1 − coverage × source alpha / 255), held within 0 to 255 and
+/// rounded to the nearest; 0 where that is no number.
+void blendModulated(std::uint8_t* target, std::size_t targetStep, std::uint8_t const* source, std::size_t sourceStep,
+                    std::size_t width, std::size_t height, Modulation const& modulation);
 
 /// Multiplies the colour of each pixel of a row by its alpha: straight alpha becomes premultiplied. Rounded to the
 /// nearest.
