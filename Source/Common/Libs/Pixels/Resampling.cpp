@@ -3,7 +3,9 @@
 #include "ztNumeric.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 // This file is compiled once for each instruction set, into a namespace of its own.
@@ -17,7 +19,7 @@
 namespace ztPixels
 {
 
-/// What the new pixels are made of along one direction: each of `count` pixels of the source, from firsts[pixel] on,
+/// What the new pixels are made of along one direction: each of `count` pixels of the source, from first(pixel) on,
 /// with the weights from weightsOf(pixel) on. `firsts` never falls.
 struct Taps
 {
@@ -25,6 +27,7 @@ struct Taps
     std::vector<int> firsts;
     std::vector<float> weights;
 
+    int size() const { return int(firsts.size()); }
     int first(int pixel) const { return firsts[std::size_t(pixel)]; }
     float const* weightsOf(int pixel) const { return weights.data() + std::size_t(pixel) * std::size_t(count); }
 };
@@ -33,7 +36,12 @@ struct Picture
 {
     std::uint8_t const* bytes;
     int width, height;
+
+    std::uint8_t const* row(int y) const { return bytes + std::size_t(y) * std::size_t(width) * channels; }
 };
+
+/// Columns are resampled in strips of four rows side by side: the first pixel of each row, then the second of each.
+constexpr int stripRows = 4;
 
 } // namespace ztPixels
 #endif
@@ -82,42 +90,44 @@ void store(V values, std::uint8_t* to)
     hn::StoreU(hn::TruncateTo(bytes, rounded), bytes, to);
 }
 
-/// Each channel as another type.
-template <class In, class Out>
-void convert(In const* from, std::size_t length, Out* to)
+/// Stores pixels of one row into a strip.
+template <class V>
+void storeApart(V pixels, float* to)
 {
-    std::size_t i = 0;
-    auto const repeat = [&](auto lanes) HWY_ATTR {
-        for (; i + hn::Lanes(lanes) <= length; i += hn::Lanes(lanes))
-            store(load(lanes, from + i), to + i);
-    };
-    repeat(hn::ScalableTag<float>());
-    repeat(hn::FixedTag<float, channels>());
+    hn::DFromV<V> const lanes;
+    if constexpr (hn::MaxLanes(lanes) <= channels)
+        hn::StoreU(pixels, lanes, to);
+    else
+    {
+        hn::Half<decltype(lanes)> const half;
+        storeApart(hn::LowerHalf(half, pixels), to);
+        storeApart(hn::UpperHalf(half, pixels), to + hn::Lanes(half) * stripRows);
+    }
 }
 
-/// A row of sums over weighted rows.
-template <class In, class Out>
-void sumRows(In const* const* rows, float const* weights, int count, std::size_t length, Out* sums)
+/// Sums over weighted rows, which put(values, first channel) takes.
+template <class Sample, class Put>
+void sumRows(Sample const* const* rows, float const* weights, int count, std::size_t length, Put const& put)
 {
-    std::size_t i = 0;
     hn::ScalableTag<float> const lanes;
     std::size_t const n = hn::Lanes(lanes);
+    std::size_t i = 0;
     for (; i + 4 * n <= length; i += 4 * n)
     {
         auto a = hn::Zero(lanes), b = a, c = a, d = a;
         for (int tap = 0; tap < count; ++tap)
         {
             auto const weight = hn::Set(lanes, weights[tap]);
-            In const* const row = rows[tap] + i;
+            Sample const* const row = rows[tap] + i;
             a = hn::Add(a, hn::Mul(weight, load(lanes, row)));
             b = hn::Add(b, hn::Mul(weight, load(lanes, row + n)));
             c = hn::Add(c, hn::Mul(weight, load(lanes, row + 2 * n)));
             d = hn::Add(d, hn::Mul(weight, load(lanes, row + 3 * n)));
         }
-        store(a, sums + i);
-        store(b, sums + i + n);
-        store(c, sums + i + 2 * n);
-        store(d, sums + i + 3 * n);
+        put(a, i);
+        put(b, i + n);
+        put(c, i + 2 * n);
+        put(d, i + 3 * n);
     }
     auto const repeat = [&](auto fewer) HWY_ATTR {
         for (; i + hn::Lanes(fewer) <= length; i += hn::Lanes(fewer))
@@ -125,92 +135,104 @@ void sumRows(In const* const* rows, float const* weights, int count, std::size_t
             auto sum = hn::Zero(fewer);
             for (int tap = 0; tap < count; ++tap)
                 sum = hn::Add(sum, hn::Mul(hn::Set(fewer, weights[tap]), load(fewer, rows[tap] + i)));
-            store(sum, sums + i);
+            put(sum, i);
         }
     };
     repeat(lanes);
     repeat(hn::FixedTag<float, channels>());
 }
 
-/// A row of new pixels from a row, four at a time.
-void sumColumns(float const* row, Taps const& taps, int width, float* sums)
+/// The rows of new pixels that a strip makes.
+template <class Channel>
+void sumColumns(float const* strip, Taps const& taps, std::array<Channel*, stripRows> const& rows)
 {
-    hn::FixedTag<float, channels> const pixel;
-    std::size_t const count = std::size_t(taps.count);
-    auto const sampled = [=](int const* first, float const* weight, std::size_t tap) HWY_ATTR {
-        return hn::Mul(hn::Set(pixel, *weight), hn::LoadU(pixel, row + (std::size_t(*first) + tap) * channels));
-    };
-    int const* first = taps.firsts.data();
-    float const* weight = taps.weights.data();
-    int x = 0;
-    for (; x + 4 <= width; x += 4, first += 4, weight += 3 * count, sums += 4 * channels)
+    hn::CappedTag<float, stripRows * channels> const lanes;
+    float const* weights = taps.weights.data();
+    for (std::size_t x = 0; x < taps.firsts.size(); ++x, weights += taps.count)
     {
-        auto a = hn::Zero(pixel), b = a, c = a, d = a;
-        for (std::size_t tap = 0; tap < count; ++tap, ++weight)
+        Channel pixels[stripRows * channels];
+        for (std::size_t i = 0; i < stripRows * channels; i += hn::Lanes(lanes))
         {
-            a = hn::Add(a, sampled(first, weight, tap));
-            b = hn::Add(b, sampled(first + 1, weight + count, tap));
-            c = hn::Add(c, sampled(first + 2, weight + 2 * count, tap));
-            d = hn::Add(d, sampled(first + 3, weight + 3 * count, tap));
+            float const* from = strip + std::size_t(taps.firsts[x]) * stripRows * channels + i;
+            auto sum = hn::Zero(lanes);
+            for (int tap = 0; tap < taps.count; ++tap, from += stripRows * channels)
+                sum = hn::Add(sum, hn::Mul(hn::Set(lanes, weights[tap]), hn::LoadU(lanes, from)));
+            store(sum, pixels + i);
         }
-        hn::StoreU(a, pixel, sums);
-        hn::StoreU(b, pixel, sums + channels);
-        hn::StoreU(c, pixel, sums + 2 * channels);
-        hn::StoreU(d, pixel, sums + 3 * channels);
-    }
-    for (; x < width; ++x, ++first, sums += channels)
-    {
-        auto sum = hn::Zero(pixel);
-        for (std::size_t tap = 0; tap < count; ++tap)
-            sum = hn::Add(sum, sampled(first, weight++, tap));
-        hn::StoreU(sum, pixel, sums);
+        for (std::size_t row = 0; row < stripRows; ++row)
+            std::memcpy(rows[row] + x * channels, pixels + row * channels, channels * sizeof(Channel));
     }
 }
 
-void resampleRowsFirst(Picture source, std::uint8_t* destination, int width, int height, Taps const& columns,
-                       Taps const& rows)
+/// Where a picture's columns stay as they are.
+void resampleRows(Picture source, std::uint8_t* destination, Taps const& rows)
 {
-    std::size_t const sourceLength = std::size_t(source.width) * channels;
-    std::size_t const length = std::size_t(width) * channels;
-    bool const copiesColumns = columns.count == 1 && width == source.width;
-    std::vector<float> sums(sourceLength), resampled(length);
+    std::size_t const length = std::size_t(source.width) * channels;
     std::vector<std::uint8_t const*> weighed(std::size_t(rows.count));
-    for (int y = 0; y < height; ++y, destination += length)
+    for (int y = 0; y < rows.size(); ++y, destination += length)
     {
-        for (std::size_t i = 0; i < weighed.size(); ++i)
-            weighed[i] = source.bytes + (std::size_t(rows.firsts[std::size_t(y)]) + i) * sourceLength;
-        if (copiesColumns)
-        {
-            sumRows(weighed.data(), rows.weightsOf(y), rows.count, length, destination);
-            continue;
-        }
-        sumRows(weighed.data(), rows.weightsOf(y), rows.count, sourceLength, sums.data());
-        sumColumns(sums.data(), columns, width, resampled.data());
-        convert(resampled.data(), length, destination);
+        for (int i = 0; i < rows.count; ++i)
+            weighed[std::size_t(i)] = source.row(rows.first(y) + i);
+        sumRows(weighed.data(), rows.weightsOf(y), rows.count, length,
+                [=](auto sums, std::size_t i) HWY_ATTR { store(sums, destination + i); });
     }
 }
 
-/// Keeps the new columns of as many rows of the source as make up a new one.
-void resampleColumnsFirst(Picture source, std::uint8_t* destination, int width, int height, Taps const& columns,
-                          Taps const& rows)
+void resampleRowsFirst(Picture source, std::uint8_t* destination, Taps const& columns, Taps const& rows)
 {
     std::size_t const sourceLength = std::size_t(source.width) * channels;
-    std::size_t const length = std::size_t(width) * channels;
-    std::vector<float> unpacked(sourceLength), kept(std::size_t(rows.count) * length);
-    auto const keptRow = [&](int row) { return kept.data() + std::size_t(row % rows.count) * length; };
-    std::vector<float const*> weighed(std::size_t(rows.count));
-    int next = 0;
-    for (int y = 0; y < height; ++y, destination += length)
+    std::size_t const length = columns.firsts.size() * channels;
+    std::vector<float> strip(sourceLength * stripRows);
+    std::vector<std::uint8_t const*> weighed(std::size_t(rows.count));
+    std::array<std::uint8_t*, stripRows> resampled;
+    for (int y = 0; y < rows.size(); y += stripRows)
     {
-        int const first = rows.firsts[std::size_t(y)];
-        for (next = std::max(next, first); next < first + rows.count; ++next)
+        for (int r = 0; r < stripRows; ++r)
         {
-            convert(source.bytes + std::size_t(next) * sourceLength, sourceLength, unpacked.data());
-            sumColumns(unpacked.data(), columns, width, keptRow(next));
+            int const row = std::min(y + r, rows.size() - 1);
+            float* const to = strip.data() + r * channels;
+            for (int i = 0; i < rows.count; ++i)
+                weighed[std::size_t(i)] = source.row(rows.first(row) + i);
+            sumRows(weighed.data(), rows.weightsOf(row), rows.count, sourceLength,
+                    [=](auto sums, std::size_t i) HWY_ATTR { storeApart(sums, to + i * stripRows); });
+            resampled[std::size_t(r)] = destination + std::size_t(row) * length;
+        }
+        sumColumns(strip.data(), columns, resampled);
+    }
+}
+
+/// Keeps the new columns of the source's rows for as long as new rows need them.
+void resampleColumnsFirst(Picture source, std::uint8_t* destination, Taps const& columns, Taps const& rows)
+{
+    std::size_t const sourceLength = std::size_t(source.width) * channels;
+    std::size_t const length = columns.firsts.size() * channels;
+    int const keptRows = rows.count + stripRows - 1;
+    std::vector<float> strip(sourceLength * stripRows), kept(std::size_t(keptRows) * length);
+    auto const keptRow = [&](int row) { return kept.data() + std::size_t(row % keptRows) * length; };
+    std::vector<float const*> weighed(std::size_t(rows.count));
+    std::array<float*, stripRows> resampled;
+    int next = 0;
+    for (int y = 0; y < rows.size(); ++y, destination += length)
+    {
+        int const first = rows.first(y);
+        for (next = std::max(next, first); next < first + rows.count; next += stripRows)
+        {
+            for (int r = 0; r < stripRows; ++r)
+            {
+                int const row = std::min(next + r, source.height - 1);
+                float* const to = strip.data() + r * channels;
+                std::uint8_t const* const bytes = source.row(row);
+                float const one = 1.0f;
+                sumRows(&bytes, &one, 1, sourceLength,
+                        [=](auto values, std::size_t i) HWY_ATTR { storeApart(values, to + i * stripRows); });
+                resampled[std::size_t(r)] = keptRow(row);
+            }
+            sumColumns(strip.data(), columns, resampled);
         }
         for (int i = 0; i < rows.count; ++i)
             weighed[std::size_t(i)] = keptRow(first + i);
-        sumRows(weighed.data(), rows.weightsOf(y), rows.count, length, destination);
+        sumRows(weighed.data(), rows.weightsOf(y), rows.count, length,
+                [=](auto sums, std::size_t i) HWY_ATTR { store(sums, destination + i); });
     }
 }
 
@@ -228,6 +250,7 @@ namespace ztPixels
 namespace
 {
 
+HWY_EXPORT(resampleRows);
 HWY_EXPORT(resampleRowsFirst);
 HWY_EXPORT(resampleColumnsFirst);
 
@@ -322,15 +345,17 @@ void resample(std::uint8_t const* source, int sourceWidth, int sourceHeight, std
 {
     Taps const columns = tapsOf({width, sourceWidth, kernel});
     Taps const rows = tapsOf({height, sourceHeight, kernel});
-    double const columnWork = 4.0;
+    Picture const picture{source, sourceWidth, sourceHeight};
+    if (columns.count == 1 && width == sourceWidth)
+        return HWY_DYNAMIC_DISPATCH(resampleRows)(picture, destination, rows);
+
+    double const columnWork = 2.0;
     double const perRow = columnWork * columns.count * width;
     double const perColumn = double(rows.count) * height;
-    bool const rowsFirst = perColumn * sourceWidth + perRow * height <= perRow * sourceHeight + perColumn * width;
-    Picture const picture{source, sourceWidth, sourceHeight};
-    if (rowsFirst)
-        HWY_DYNAMIC_DISPATCH(resampleRowsFirst)(picture, destination, width, height, columns, rows);
+    if (perColumn * sourceWidth + perRow * height <= perRow * sourceHeight + perColumn * width)
+        HWY_DYNAMIC_DISPATCH(resampleRowsFirst)(picture, destination, columns, rows);
     else
-        HWY_DYNAMIC_DISPATCH(resampleColumnsFirst)(picture, destination, width, height, columns, rows);
+        HWY_DYNAMIC_DISPATCH(resampleColumnsFirst)(picture, destination, columns, rows);
 }
 
 } // namespace ztPixels
