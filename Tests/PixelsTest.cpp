@@ -197,6 +197,18 @@ TEST(PixelsTest, ResamplingAgreesWithTheReference)
         }
 }
 
+TEST(PixelsTest, HalvesAreRoundedUp)
+{
+    Bytes const source{0, 1, 2, 255, 1, 2, 5, 254};
+    onEveryTarget([&] {
+        Bytes mean(4);
+        ztPixels::resample(source.data(), 2, 1, mean.data(), 1, 1, ztPixels::triangle());
+        ASSERT_EQ(mean, (Bytes{1, 2, 4, 255}));
+        ztPixels::resample(source.data(), 1, 2, mean.data(), 1, 1, ztPixels::triangle());
+        ASSERT_EQ(mean, (Bytes{1, 2, 4, 255}));
+    });
+}
+
 TEST(PixelsTest, PixelsAtTheSupportCount)
 {
     Bytes const source{0, 0, 0, 0, 30, 60, 90, 255, 0, 0, 0, 0};

@@ -78,14 +78,16 @@ void store(V values, float* to)
     hn::StoreU(values, hn::DFromV<V>(), to);
 }
 
-/// Adding 2^23 rounds to a whole number, which the lowest bits then hold.
+/// Adding 2^23 rounds to a whole number, which the lowest bits then hold. A little more goes before, so that halves are
+/// rounded up whatever the last bits of a sum.
 template <class V>
 void store(V values, std::uint8_t* to)
 {
     hn::DFromV<V> const lanes;
     hn::Rebind<std::uint8_t, decltype(lanes)> const bytes;
     hn::Rebind<std::uint32_t, decltype(lanes)> const words;
-    auto const clamped = hn::Min(hn::Max(values, hn::Zero(lanes)), hn::Set(lanes, 255.0f));
+    auto const raised = hn::Add(values, hn::Set(lanes, 1.0f / 1024.0f));
+    auto const clamped = hn::Min(hn::Max(raised, hn::Zero(lanes)), hn::Set(lanes, 255.0f));
     auto const rounded = hn::BitCast(words, hn::Add(clamped, hn::Set(lanes, 8388608.0f)));
     hn::StoreU(hn::TruncateTo(bytes, rounded), bytes, to);
 }
@@ -349,10 +351,12 @@ void resample(std::uint8_t const* source, int sourceWidth, int sourceHeight, std
     if (columns.count == 1 && width == sourceWidth)
         return HWY_DYNAMIC_DISPATCH(resampleRows)(picture, destination, rows);
 
-    double const columnWork = 2.0;
-    double const perRow = columnWork * columns.count * width;
+    // In sums of a channel; those along a row cost twice as much. Columns first takes unpacking every row.
+    double const perRow = 2.0 * columns.count * width;
     double const perColumn = double(rows.count) * height;
-    if (perColumn * sourceWidth + perRow * height <= perRow * sourceHeight + perColumn * width)
+    double const rowsFirst = perColumn * sourceWidth + perRow * height;
+    double const columnsFirst = (sourceWidth + perRow) * sourceHeight + perColumn * width;
+    if (rowsFirst <= columnsFirst)
         HWY_DYNAMIC_DISPATCH(resampleRowsFirst)(picture, destination, columns, rows);
     else
         HWY_DYNAMIC_DISPATCH(resampleColumnsFirst)(picture, destination, columns, rows);
