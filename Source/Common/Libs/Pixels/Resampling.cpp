@@ -145,8 +145,8 @@ void sumRows(Sample const* const* rows, float const* weights, int count, std::si
 }
 
 /// The rows of new pixels that a strip makes.
-template <class Channel>
-void sumColumns(float const* strip, Taps const& taps, std::array<Channel*, stripRows> const& rows)
+template <class Sample, class Channel>
+void sumColumns(Sample const* strip, Taps const& taps, std::array<Channel*, stripRows> const& rows)
 {
     hn::CappedTag<float, stripRows * channels> const lanes;
     float const* weights = taps.weights.data();
@@ -155,14 +155,51 @@ void sumColumns(float const* strip, Taps const& taps, std::array<Channel*, strip
         Channel pixels[stripRows * channels];
         for (std::size_t i = 0; i < stripRows * channels; i += hn::Lanes(lanes))
         {
-            float const* from = strip + std::size_t(taps.firsts[x]) * stripRows * channels + i;
+            Sample const* from = strip + std::size_t(taps.firsts[x]) * stripRows * channels + i;
             auto sum = hn::Zero(lanes);
             for (int tap = 0; tap < taps.count; ++tap, from += stripRows * channels)
-                sum = hn::Add(sum, hn::Mul(hn::Set(lanes, weights[tap]), hn::LoadU(lanes, from)));
+                sum = hn::Add(sum, hn::Mul(hn::Set(lanes, weights[tap]), load(lanes, from)));
             store(sum, pixels + i);
         }
         for (std::size_t row = 0; row < stripRows; ++row)
             std::memcpy(rows[row] + x * channels, pixels + row * channels, channels * sizeof(Channel));
+    }
+}
+
+/// A strip of four rows of the source from one on; its last row stands for those beyond.
+void fillStrip(Picture source, int firstRow, std::vector<std::uint32_t>& strip)
+{
+    std::array<std::uint8_t const*, stripRows> rows;
+    for (int r = 0; r < stripRows; ++r)
+        rows[std::size_t(r)] = source.row(std::min(firstRow + r, source.height - 1));
+    hn::ScalableTag<std::uint32_t> const words;
+    hn::Repartition<std::uint8_t, decltype(words)> const bytes;
+    std::size_t const width = std::size_t(source.width);
+    std::size_t x = 0;
+    for (; x + hn::Lanes(words) <= width; x += hn::Lanes(words))
+    {
+        auto const pixels = [&](int r) HWY_ATTR {
+            return hn::BitCast(words, hn::LoadU(bytes, rows[std::size_t(r)] + x * channels));
+        };
+        hn::StoreInterleaved4(pixels(0), pixels(1), pixels(2), pixels(3), words, &strip[x * stripRows]);
+    }
+    for (; x < width; ++x)
+        for (std::size_t r = 0; r < stripRows; ++r)
+            std::memcpy(&strip[x * stripRows + r], rows[r] + x * channels, channels);
+}
+
+/// Where a picture's rows stay as they are.
+void resampleColumns(Picture source, std::uint8_t* destination, Taps const& columns)
+{
+    std::vector<std::uint32_t> strip(std::size_t(source.width) * stripRows);
+    std::array<std::uint8_t*, stripRows> resampled;
+    for (int y = 0; y < source.height; y += stripRows)
+    {
+        fillStrip(source, y, strip);
+        for (int r = 0; r < stripRows; ++r)
+            resampled[std::size_t(r)] =
+                destination + std::size_t(std::min(y + r, source.height - 1)) * columns.firsts.size() * channels;
+        sumColumns(reinterpret_cast<std::uint8_t const*>(strip.data()), columns, resampled);
     }
 }
 
@@ -206,10 +243,10 @@ void resampleRowsFirst(Picture source, std::uint8_t* destination, Taps const& co
 /// Keeps the new columns of the source's rows for as long as new rows need them.
 void resampleColumnsFirst(Picture source, std::uint8_t* destination, Taps const& columns, Taps const& rows)
 {
-    std::size_t const sourceLength = std::size_t(source.width) * channels;
     std::size_t const length = columns.firsts.size() * channels;
     int const keptRows = rows.count + stripRows - 1;
-    std::vector<float> strip(sourceLength * stripRows), kept(std::size_t(keptRows) * length);
+    std::vector<std::uint32_t> strip(std::size_t(source.width) * stripRows);
+    std::vector<float> kept(std::size_t(keptRows) * length);
     auto const keptRow = [&](int row) { return kept.data() + std::size_t(row % keptRows) * length; };
     std::vector<float const*> weighed(std::size_t(rows.count));
     std::array<float*, stripRows> resampled;
@@ -219,17 +256,10 @@ void resampleColumnsFirst(Picture source, std::uint8_t* destination, Taps const&
         int const first = rows.first(y);
         for (next = std::max(next, first); next < first + rows.count; next += stripRows)
         {
+            fillStrip(source, next, strip);
             for (int r = 0; r < stripRows; ++r)
-            {
-                int const row = std::min(next + r, source.height - 1);
-                float* const to = strip.data() + r * channels;
-                std::uint8_t const* const bytes = source.row(row);
-                float const one = 1.0f;
-                sumRows(&bytes, &one, 1, sourceLength,
-                        [=](auto values, std::size_t i) HWY_ATTR { storeApart(values, to + i * stripRows); });
-                resampled[std::size_t(r)] = keptRow(row);
-            }
-            sumColumns(strip.data(), columns, resampled);
+                resampled[std::size_t(r)] = keptRow(std::min(next + r, source.height - 1));
+            sumColumns(reinterpret_cast<std::uint8_t const*>(strip.data()), columns, resampled);
         }
         for (int i = 0; i < rows.count; ++i)
             weighed[std::size_t(i)] = keptRow(first + i);
@@ -253,6 +283,7 @@ namespace
 {
 
 HWY_EXPORT(resampleRows);
+HWY_EXPORT(resampleColumns);
 HWY_EXPORT(resampleRowsFirst);
 HWY_EXPORT(resampleColumnsFirst);
 
@@ -350,12 +381,14 @@ void resample(std::uint8_t const* source, int sourceWidth, int sourceHeight, std
     Picture const picture{source, sourceWidth, sourceHeight};
     if (columns.count == 1 && width == sourceWidth)
         return HWY_DYNAMIC_DISPATCH(resampleRows)(picture, destination, rows);
+    if (rows.count == 1 && height == sourceHeight)
+        return HWY_DYNAMIC_DISPATCH(resampleColumns)(picture, destination, columns);
 
-    // In sums of a channel; those along a row cost twice as much. Columns first takes unpacking every row.
+    // In sums of a channel; those along a row cost twice as much.
     double const perRow = 2.0 * columns.count * width;
     double const perColumn = double(rows.count) * height;
     double const rowsFirst = perColumn * sourceWidth + perRow * height;
-    double const columnsFirst = (sourceWidth + perRow) * sourceHeight + perColumn * width;
+    double const columnsFirst = perRow * sourceHeight + perColumn * width;
     if (rowsFirst <= columnsFirst)
         HWY_DYNAMIC_DISPATCH(resampleRowsFirst)(picture, destination, columns, rows);
     else
