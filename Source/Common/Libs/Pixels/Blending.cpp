@@ -42,8 +42,6 @@ void forEachVector(std::size_t pixels, Work const& work)
 }
 
 template <class V>
-using Words = hn::Repartition<std::uint32_t, hn::DFromV<V>>;
-template <class V>
 using Pairs = hn::Repartition<std::uint16_t, hn::DFromV<V>>;
 
 /// The alpha of each pixel, in both its 16-bit lanes.
