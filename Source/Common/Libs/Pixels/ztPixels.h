@@ -45,7 +45,7 @@ void fromWords(std::uint32_t const* words, std::uint8_t* row, std::size_t pixels
 struct Kernel
 {
     /// Pixels beyond this distance don't count. Distances are in pixels of the source, or of the destination where that
-    /// is the coarser. With 0, a negative value or NaN no pixel counts.
+    /// is the coarser. With a negative value or NaN no pixel counts.
     double support;
     /// The weight of a pixel at a distance, which may be negative. Only the ratios of weights matter.
     std::function<double(double distance)> weight;
@@ -58,7 +58,8 @@ Kernel triangle();
 ///
 /// Each of the two directions weighs the source's pixels around the centre of the new pixel; the weights of a new pixel
 /// sum to 1, and at the edges those that fall outside are left out. Where no weight remains, or their sum is no finite
-/// number, the nearest pixel is taken. Channels are held within 0 to 255 and rounded to the nearest.
+/// number, the nearest pixel is taken. Channels are held within 0 to 255 and rounded to the nearest, halves up. Sums
+/// are single precision: a side that shrinks to less than a millionth of its size may be off by more than a level.
 ///
 /// \param sourceWidth,sourceHeight,width,height  1 or above, at most 2^24
 /// \param destination  width × height pixels, all written; doesn't overlap the source
