@@ -27,6 +27,11 @@ bool isJpeg(QByteArray const& format)
     return format == "jpg" || format == "jpeg";
 }
 
+bool isPng(QByteArray const& format)
+{
+    return format == "png";
+}
+
 bool hasAlpha(QByteArray const& format)
 {
     static QByteArrayList const without = {"bmp", "pbm", "pgm", "ppm", "xbm"};
@@ -61,7 +66,7 @@ QImage compose(Frame frame, QByteArray const& format)
     }
     // Premultiplied colour taken as opaque is the picture over black.
     stamped.reinterpretAsFormat(QImage::Format_RGBX8888);
-    return allocated(stamped.convertToFormat(QImage::Format_RGB888));
+    return isPng(format) ? stamped : allocated(std::move(stamped).convertToFormat(QImage::Format_RGB32));
 }
 
 /// A write that the device cuts short gives no reason. Writing the rest does.
@@ -78,10 +83,10 @@ bool writeAll(QIODevice& device, QByteArray bytes)
 Frame readFrame(QString const& path)
 try
 {
-    QImage const picture = readPicture(path);
+    QImage picture = readPicture(path);
     if (!picture.hasAlphaChannel())
-        return {QImage(), toPixels(picture)};
-    QImage const original = allocated(picture.convertToFormat(QImage::Format_RGBA8888));
+        return {QImage(), toPixels(std::move(picture))};
+    QImage const original = allocated(std::move(picture).convertToFormat(QImage::Format_RGBA8888));
     return {original, toPixels(original)};
 }
 catch (std::runtime_error const& error)
@@ -89,15 +94,18 @@ catch (std::runtime_error const& error)
     fail("can't read it", QString::fromUtf8(error.what()));
 }
 
-void writeFrame(Frame frame, QString const& path)
+void writeFrame(Frame frame, QString const& path, int pngCompression)
 {
     QString const what = "can't write \"" + path + "\"";
     QByteArray const format = QFileInfo(path).suffix().toLower().toUtf8();
+    QImage const picture = compose(std::move(frame), format);
     QBuffer bytes;
     QImageWriter writer(&bytes, format);
     if (isJpeg(format))
         writer.setQuality(jpegQuality);
-    if (!writer.write(compose(std::move(frame), format)))
+    if (isPng(format))
+        bytes.setData(encodePng(picture, pngCompression));
+    else if (!writer.write(picture))
         fail(what, writer.errorString());
 
     QFileInfo const place(path);

@@ -2,6 +2,8 @@
 /// One image on its way from file to file.
 #pragma once
 
+#include "Png.h"
+
 #include <QImage>
 #include <QString>
 
@@ -21,7 +23,8 @@ Frame readFrame(QString const& path);
 
 /// Writes a frame's pixels whole or not at all, in the format of the path's suffix and with the original's
 /// kind of alpha and metadata.
+/// \param pngCompression  of a PNG file, see encodePng()
 /// \throw std::exception if it can't be written; what() is the reason
-void writeFrame(Frame frame, QString const& path);
+void writeFrame(Frame frame, QString const& path, int pngCompression = defaultPngCompression);
 
 } // namespace ztExamples

@@ -26,9 +26,9 @@ QImage allocated(QImage image)
     return image;
 }
 
-QImage toPixels(QImage const& picture)
+QImage toPixels(QImage picture)
 {
-    return allocated(picture.convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored());
+    return allocated(std::move(picture).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored());
 }
 
 osg::ImagePtr createImageOver(QImage& pixels)

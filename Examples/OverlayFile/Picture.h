@@ -20,7 +20,7 @@ QImage allocated(QImage image);
 /// The pixels in the layout of an osg::Image: red, green, blue, alpha, premultiplied, bottom row first, no
 /// gaps.
 /// \throw std::runtime_error without the memory for it
-QImage toPixels(QImage const& picture);
+QImage toPixels(QImage picture);
 
 /// A new image, its count 0, that uses the bytes of such pixels in place: they have to outlive it.
 osg::ImagePtr createImageOver(QImage& pixels);

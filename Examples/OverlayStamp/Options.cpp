@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "OverlayFile.h"
+#include "Png.h"
 #include "ztPlatform.h"
 
 #include <QDir>
@@ -53,6 +54,11 @@ void addOptions(QCommandLineParser& parser)
         {"output-dir", "Folder for the stamped images, under their inputs' names.", "DIR"},
         {"dpi-scale", "Pixels for each DPI-independent pixel (1).", "S"},
         {"jobs", "How many threads decode and encode (one a processor).", "N"},
+        {"compression",
+         QString("How small PNG files get: 0 is uncompressed, 9 the smallest and slowest (%1). Other formats take no "
+                 "notice.")
+             .arg(defaultPngCompression),
+         "N"},
         {"quiet", "Report errors only."},
         {"force", "Let an output replace an input."},
     });
@@ -67,13 +73,18 @@ void applyDpiScale(QString const& text)
             "--dpi-scale: expected a number above 0, got \"" + text + "\"");
 }
 
-int parseJobs(QString const& text)
+/// The value of an option, or a default if it isn't given.
+int parseWhole(QCommandLineParser const& parser, QString const& option, int least, int most, int otherwise)
 {
+    if (!parser.isSet(option))
+        return otherwise;
+    QString const text = valueOf(parser, option);
     bool isNumber;
-    int const jobs = text.toInt(&isNumber);
-    require(isNumber && jobs >= 1 && jobs <= maxJobs,
-            QString("--jobs: expected a whole number from 1 to %1, got \"%2\"").arg(maxJobs).arg(text));
-    return jobs;
+    int const value = text.toInt(&isNumber);
+    require(
+        isNumber && value >= least && value <= most,
+        QString("--%1: expected a whole number from %2 to %3, got \"%4\"").arg(option).arg(least).arg(most).arg(text));
+    return value;
 }
 
 void checkNames(std::vector<FramePaths> const& frames)
@@ -132,9 +143,8 @@ Options parseOptions(QStringList const& arguments)
     require(!options.overlayFile.isEmpty(), "--overlays is needed");
     options.frames = parseFrames(parser);
     options.outputDir = valueOf(parser, "output-dir");
-    options.jobs = std::clamp(QThread::idealThreadCount(), 1, maxJobs);
-    if (parser.isSet("jobs"))
-        options.jobs = parseJobs(valueOf(parser, "jobs"));
+    options.jobs = parseWhole(parser, "jobs", 1, maxJobs, std::clamp(QThread::idealThreadCount(), 1, maxJobs));
+    options.pngCompression = parseWhole(parser, "compression", 0, 9, defaultPngCompression);
     if (parser.isSet("dpi-scale"))
         applyDpiScale(valueOf(parser, "dpi-scale"));
     options.isQuiet = parser.isSet("quiet");

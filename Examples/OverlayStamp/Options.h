@@ -24,6 +24,8 @@ struct Options
     QString outputDir;
     /// How many threads decode and encode.
     int jobs = 1;
+    /// See encodePng().
+    int pngCompression = 2;
     bool isQuiet = false;
     /// Not empty: this is asked for, and nothing else.
     QString information;

@@ -44,7 +44,8 @@ class Sequence
 {
   public:
     Sequence(Options const& options, Scene& scene, Report& report)
-        : _frames(options.frames), _scene(scene), _report(report), _window(std::size_t(options.jobs) + 1)
+        : _frames(options.frames), _scene(scene), _report(report), _window(std::size_t(options.jobs) + 1),
+          _pngCompression(options.pngCompression)
     {
         _pool.setMaxThreadCount(options.jobs);
     }
@@ -76,9 +77,10 @@ class Sequence
             Frame frame = takeFirst(_read).get();
             _scene.setTexts({QFileInfo(_frames[i].input).fileName(), i + 1, _frames.size()});
             ztExamples::stamp(frame.pixels, osg::NullFC);
-            return run(_pool, [frame = std::move(frame), path = _frames[i].output]() mutable {
-                writeFrame(std::move(frame), path);
-            });
+            return run(_pool,
+                       [frame = std::move(frame), path = _frames[i].output, compression = _pngCompression]() mutable {
+                           writeFrame(std::move(frame), path, compression);
+                       });
         }
         catch (std::exception const&)
         {
@@ -106,6 +108,7 @@ class Sequence
     /// How many frames at most are read and not stamped, and how many stamped and not written: what bounds
     /// the memory of a long sequence.
     std::size_t _window;
+    int _pngCompression;
     std::size_t _readCount = 0;
     std::size_t _reportedCount = 0;
     std::queue<std::future<Frame>> _read;
