@@ -113,7 +113,7 @@ class Sequence
     std::size_t _reportedCount = 0;
     std::queue<std::future<Frame>> _read;
     std::queue<std::future<void>> _written;
-    QThreadPool _pool;
+    QThreadPool& _pool = *QThreadPool::globalInstance();
 };
 
 } // namespace
