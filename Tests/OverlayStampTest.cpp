@@ -7,6 +7,7 @@
 #include <QColorSpace>
 #include <QPainter>
 
+#include <limits>
 #include <sys/stat.h>
 
 namespace
@@ -55,6 +56,7 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
         {"LABELS --output-dir . link.png sub/frame.png", "\"./link.png\" is an input, which only --force replaces"},
         {"LABELS OUT --dpi-scale 0 frame.png", "--dpi-scale: expected a number above 0, got \"0\""},
         {"LABELS OUT --jobs 0 frame.png", "--jobs: expected a whole number from 1 to 256, got \"0\""},
+        {"LABELS OUT --compression 10 frame.png", "--compression: expected a whole number from 0 to 9, got \"10\""},
         {"LABELS --output a.gif frame.png", "--output: can't write the format of \"a.gif\", " + writableFormats()},
     };
     for (auto const& [arguments, complaint] : rows)
@@ -238,7 +240,13 @@ TEST_F(OverlayStamp, KeepsAlphaAndMetadata)
     for (int i = 0; i < 64 * 64; ++i)
         frame.setPixel(i % 64, i / 64, qRgba(i * 37 % 256, i * 101 % 256, i * 11 % 256, i / 64 * 4));
     frame.setDotsPerMeterX(5000);
-    frame.setText("Camera", "north");
+    frame.setDotsPerMeterY(6000);
+    std::pair<char const*, QString> const texts[] = {{"Camera", "north"},
+                                                     {"Lens", "Größe"},
+                                                     {"Place", QString("北 ").repeated(30)},
+                                                     {"Notes", QString("IDAT ").repeated(30)}};
+    for (auto const& [key, text] : texts)
+        frame.setText(key, text);
     frame.setColorSpace(QColorSpace::DisplayP3);
     ASSERT_TRUE(frame.save("frame.png"));
     writePicture("red.png", Qt::red, {8, 8});
@@ -246,16 +254,44 @@ TEST_F(OverlayStamp, KeepsAlphaAndMetadata)
     QImage expected("frame.png");
     QPainter(&expected).fillRect(0, 0, 8, 8, Qt::red);
 
-    QImage const result = stamped();
-    EXPECT_EQ(result, expected);
-    EXPECT_EQ(result.dotsPerMeterX(), 5000);
-    EXPECT_EQ(result.text("Camera"), "north");
-    EXPECT_EQ(result.colorSpace(), expected.colorSpace());
+    EXPECT_EQ(stamped(), expected);
+    for (QString const output : {"out.png", "out.jpg"})
+    {
+        QImage const result = stamped(output);
+        EXPECT_NEAR(result.dotsPerMeterX(), 5000, 5) << output.toStdString();
+        EXPECT_NEAR(result.dotsPerMeterY(), 6000, 5) << output.toStdString();
+        EXPECT_EQ(result.colorSpace(), expected.colorSpace()) << output.toStdString();
+        for (auto const& [key, text] : texts)
+            EXPECT_EQ(result.text(key).toStdString(), text.toStdString()) << output.toStdString();
+    }
 
     frame.fill(QColor(200, 100, 50, 51));
     ASSERT_TRUE(frame.save("frame.png"));
     EXPECT_EQ(stamped("out.bmp").pixelColor(59, 59), QColor(40, 20, 10)) << "over black in a format without alpha";
     EXPECT_NEAR(stamped("out.JPG").pixelColor(59, 59).red(), 40, 3);
+}
+
+TEST_F(OverlayStamp, KeepsPixelsWhateverTheCompression)
+{
+    writeLabels("");
+    for (QSize const size : {QSize(1, 1), QSize(3, 200), QSize(200, 70)})
+        for (QImage::Format const format : {QImage::Format_RGB32, QImage::Format_ARGB32})
+        {
+            // Takes every filter.
+            QImage frame(size, format);
+            for (int y = 0; y < size.height(); ++y)
+                for (int x = 0; x < size.width(); ++x)
+                    frame.setPixel(x, y, qRgba(x * x / 9 * y, y / 7 % 2 * x * 91, y / 5 * x, 255 - x * y % 256));
+            ASSERT_TRUE(frame.save("frame.png"));
+            qint64 bytes = std::numeric_limits<qint64>::max();
+            for (char const* compression : {"0", "1", "9"})
+            {
+                EXPECT_EQ(stamped("out.png", QString(" --compression ") + compression), QImage("frame.png"));
+                EXPECT_LE(QFileInfo("out.png").size(), bytes) << compression;
+                bytes = QFileInfo("out.png").size();
+            }
+        }
+    EXPECT_EQ(stamped("out.jpg", " --compression 0"), stamped("out.jpg", " --compression 9"));
 }
 
 } // namespace

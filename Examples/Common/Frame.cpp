@@ -2,9 +2,7 @@
 
 #include "Picture.h"
 
-#include <QBuffer>
 #include <QFileInfo>
-#include <QImageWriter>
 #include <QSaveFile>
 
 #include <stdexcept>
@@ -15,27 +13,15 @@ namespace ztExamples
 namespace
 {
 
-constexpr int jpegQuality = 95;
-
 [[noreturn]] void fail(QString const& what, QString const& reason)
 {
     throw std::runtime_error((what + ": " + reason).toStdString());
 }
 
-bool isJpeg(QByteArray const& format)
-{
-    return format == "jpg" || format == "jpeg";
-}
-
-bool isPng(QByteArray const& format)
-{
-    return format == "png";
-}
-
 bool hasAlpha(QByteArray const& format)
 {
-    static QByteArrayList const without = {"bmp", "pbm", "pgm", "ppm", "xbm"};
-    return !isJpeg(format) && !without.contains(format);
+    static QByteArrayList const without = {"bmp", "jpeg", "jpg", "pbm", "pgm", "ppm", "xbm"};
+    return !without.contains(format);
 }
 
 /// Premultiplying rounds, so what the overlays left alone takes its straight values from the original.
@@ -66,7 +52,7 @@ QImage compose(Frame frame, QByteArray const& format)
     }
     // Premultiplied colour taken as opaque is the picture over black.
     stamped.reinterpretAsFormat(QImage::Format_RGBX8888);
-    return isPng(format) ? stamped : allocated(std::move(stamped).convertToFormat(QImage::Format_RGB32));
+    return stamped;
 }
 
 /// A write that the device cuts short gives no reason. Writing the rest does.
@@ -76,6 +62,17 @@ bool writeAll(QIODevice& device, QByteArray bytes)
     while (!bytes.isEmpty() && (written = device.write(bytes)) > 0)
         bytes.remove(0, int(written));
     return bytes.isEmpty();
+}
+
+void writeWhole(QByteArray const& bytes, QString const& path)
+{
+    QFileInfo const place(path);
+    if (place.exists() && !place.isFile() && !place.isDir())
+        throw std::runtime_error("It is no regular file");
+    QSaveFile file(path);
+    // A buffer would be flushed where nobody learns that it doesn't fit.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !writeAll(file, bytes) || !file.commit())
+        throw std::runtime_error(file.errorString().toStdString());
 }
 
 } // namespace
@@ -96,25 +93,16 @@ catch (std::runtime_error const& error)
 
 void writeFrame(Frame frame, QString const& path, int pngCompression)
 {
-    QString const what = "can't write \"" + path + "\"";
     QByteArray const format = QFileInfo(path).suffix().toLower().toUtf8();
-    QImage const picture = compose(std::move(frame), format);
-    QBuffer bytes;
-    QImageWriter writer(&bytes, format);
-    if (isJpeg(format))
-        writer.setQuality(jpegQuality);
-    if (isPng(format))
-        bytes.setData(encodePng(picture, pngCompression));
-    else if (!writer.write(picture))
-        fail(what, writer.errorString());
-
-    QFileInfo const place(path);
-    if (place.exists() && !place.isFile() && !place.isDir())
-        fail(what, "It is no regular file");
-    QSaveFile file(path);
-    // A buffer would be flushed where nobody learns that it doesn't fit.
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !writeAll(file, bytes.data()) || !file.commit())
-        fail(what, file.errorString());
+    QImage picture = compose(std::move(frame), format);
+    try
+    {
+        writeWhole(encode(std::move(picture), format, pngCompression), path);
+    }
+    catch (std::runtime_error const& error)
+    {
+        fail("can't write \"" + path + "\"", QString::fromUtf8(error.what()));
+    }
 }
 
 } // namespace ztExamples

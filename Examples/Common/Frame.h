@@ -2,7 +2,7 @@
 /// One image on its way from file to file.
 #pragma once
 
-#include "Png.h"
+#include "Encoders.h"
 
 #include <QImage>
 #include <QString>
@@ -23,7 +23,7 @@ Frame readFrame(QString const& path);
 
 /// Writes a frame's pixels whole or not at all, in the format of the path's suffix and with the original's
 /// kind of alpha and metadata.
-/// \param pngCompression  of a PNG file, see encodePng()
+/// \param pngCompression  of a PNG file, see encode()
 /// \throw std::exception if it can't be written; what() is the reason
 void writeFrame(Frame frame, QString const& path, int pngCompression = defaultPngCompression);
 

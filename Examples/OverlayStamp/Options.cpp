@@ -1,8 +1,8 @@
 #include "Options.h"
 
 #include "CommandLine.h"
+#include "Encoders.h"
 #include "OverlayFile.h"
-#include "Png.h"
 #include "ztPlatform.h"
 
 #include <QDir>

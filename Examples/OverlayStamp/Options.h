@@ -24,7 +24,7 @@ struct Options
     QString outputDir;
     /// How many threads decode and encode.
     int jobs = 1;
-    /// See encodePng().
+    /// See encode().
     int pngCompression = 2;
     bool isQuiet = false;
     /// Not empty: this is asked for, and nothing else.

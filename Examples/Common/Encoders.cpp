@@ -1,16 +1,20 @@
-#include "Png.h"
+#include "Encoders.h"
+
+#include "Picture.h"
 
 #include <QBuffer>
 #include <QImageWriter>
 #include <QtEndian>
 
 #include <libdeflate.h>
+#include <turbojpeg.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <stdexcept>
 #include <vector>
 
 namespace ztExamples
@@ -21,6 +25,8 @@ namespace
 
 /// Less than a QByteArray can hold, so that the rest of a file fits as well.
 constexpr std::size_t maxCompressedSize = 0x7f000000;
+
+constexpr int jpegQuality = 95;
 
 constexpr int pixelSize = 4;
 
@@ -148,16 +154,16 @@ QByteArray chunk(QByteArray const& nameAndData)
 }
 
 /// Qt's file of a single pixel: it has all of the metadata.
-QByteArray fileOfOnePixel(QImage const& picture)
+QByteArray fileOfOnePixel(QImage const& picture, QByteArray const& format)
 {
     QBuffer file;
-    if (!QImageWriter(&file, "png").write(picture.copy(0, 0, 1, 1)))
+    if (!QImageWriter(&file, format).write(picture.copy(0, 0, 1, 1)))
         throw std::bad_alloc();
     return file.data();
 }
 
-/// Where the first chunk of pixels begins.
-int findPixels(QByteArray const& file)
+/// Where a PNG file's first chunk of pixels begins.
+int findPixelChunk(QByteArray const& file)
 {
     int place = headerEnd;
     while (file.mid(place + 4, 4) != "IDAT")
@@ -165,16 +171,70 @@ int findPixels(QByteArray const& file)
     return place;
 }
 
-} // namespace
+bool isMetadata(uchar jpegMarker)
+{
+    constexpr uchar firstApplication = 0xe0, lastApplication = 0xef, comment = 0xfe;
+    return (jpegMarker >= firstApplication && jpegMarker <= lastApplication) || jpegMarker == comment;
+}
+
+/// Where the segments behind a JPEG file's metadata begin.
+int findPixelSegments(QByteArray const& file)
+{
+    int place = 2;
+    while (isMetadata(uchar(file[place + 1])))
+        place += 2 + qFromBigEndian<quint16>(file.data() + place + 2);
+    return place;
+}
 
 QByteArray encodePng(QImage const& picture, int compression)
 {
-    QByteArray const model = fileOfOnePixel(picture);
+    QByteArray const model = fileOfOnePixel(picture, "png");
     QByteArray const header = "IHDR" + bigEndian(quint32(picture.width())) + bigEndian(quint32(picture.height())) +
                               model.mid(headerEnd - 9, 5);
-    QByteArray const metadata = model.mid(headerEnd, findPixels(model) - headerEnd);
+    QByteArray const metadata = model.mid(headerEnd, findPixelChunk(model) - headerEnd);
     return model.left(signatureSize) + chunk(header) + metadata +
            chunk("IDAT" + compressed(filtered(picture), compression)) + model.right(emptyChunkSize);
+}
+
+/// Nothing if a JPEG file can't hold the picture.
+QByteArray encodeJpeg(QImage const& picture)
+{
+    std::unique_ptr<void, decltype(&tjDestroy)> const compressor(tjInitCompress(), tjDestroy);
+    if (!compressor)
+        throw std::bad_alloc();
+    uchar* bytes = nullptr;
+    unsigned long size = 0;
+    int const status =
+        tjCompress2(compressor.get(), picture.constBits(), picture.width(), picture.bytesPerLine(), picture.height(),
+                    TJPF_RGBX, &bytes, &size, TJSAMP_420, jpegQuality, TJFLAG_ACCURATEDCT);
+    std::unique_ptr<uchar, decltype(&tjFree)> const owner(bytes, tjFree);
+    if (status != 0)
+        return QByteArray();
+    auto const file = QByteArray::fromRawData(reinterpret_cast<char const*>(bytes), int(size));
+    QByteArray const model = fileOfOnePixel(picture, "jpg");
+    return model.left(findPixelSegments(model)) + file.mid(findPixelSegments(file));
+}
+
+QByteArray encodeByQt(QImage picture, QByteArray const& format)
+{
+    if (!picture.hasAlphaChannel())
+        picture = allocated(std::move(picture).convertToFormat(QImage::Format_RGB32));
+    QBuffer file;
+    QImageWriter writer(&file, format);
+    if (!writer.write(picture))
+        throw std::runtime_error(writer.errorString().toStdString());
+    return file.data();
+}
+
+} // namespace
+
+QByteArray encode(QImage picture, QByteArray const& format, int pngCompression)
+{
+    if (format == "png")
+        return encodePng(picture, pngCompression);
+    bool const isJpeg = format == "jpg" || format == "jpeg";
+    QByteArray const file = isJpeg ? encodeJpeg(picture) : QByteArray();
+    return file.isEmpty() ? encodeByQt(std::move(picture), format) : file;
 }
 
 } // namespace ztExamples
