@@ -4,7 +4,9 @@
 #include "OSGNodeUtils.h"
 #include "OverlayNodes.h"
 
+#include <QBuffer>
 #include <QColorSpace>
+#include <QImageReader>
 #include <QPainter>
 
 #include <limits>
@@ -292,6 +294,47 @@ TEST_F(OverlayStamp, KeepsPixelsWhateverTheCompression)
             }
         }
     EXPECT_EQ(stamped("out.jpg", " --compression 0"), stamped("out.jpg", " --compression 9"));
+}
+
+TEST_F(OverlayStamp, ReadsJpegFilesOfEveryKindAsQtDoes)
+{
+    writeLabels("");
+    QImage frame(50, 30, QImage::Format_RGB32);
+    for (int i = 0; i < 50 * 30; ++i)
+        frame.setPixel(i % 50, i / 50, qRgb(i % 50 * 5, i / 50 * 8, i * 7 % 256));
+    frame.setDotsPerMeterX(4000);
+    frame.setText("Camera", "north");
+    frame.setColorSpace(QColorSpace::DisplayP3);
+    auto const jpeg = [](QImage const& picture, QImageIOHandler::Transformation transformation) {
+        QBuffer file;
+        QImageWriter writer(&file, "jpg");
+        writer.setTransformation(transformation);
+        EXPECT_TRUE(writer.write(picture));
+        return file.data();
+    };
+    QByteArray const plain = jpeg(frame, QImageIOHandler::TransformationNone);
+    QByteArray late = plain;
+    late.insert(plain.indexOf("\xff\xc0"), QByteArray("\xff\xfe\0\x0cLens: long", 14));
+    std::pair<char const*, QByteArray> const files[] = {
+        {"plain", plain},
+        {"turned", jpeg(frame, QImageIOHandler::TransformationRotate90)},
+        {"gray", jpeg(frame.convertToFormat(QImage::Format_Grayscale8), QImageIOHandler::TransformationNone)},
+        {"cut short", plain.left(plain.size() * 3 / 4)},
+        {"a comment behind the tables", late},
+    };
+    for (auto const& [name, bytes] : files)
+    {
+        write("frame.png", bytes);
+        QImageReader reader("frame.png");
+        reader.setAutoTransform(true);
+        reader.setDecideFormatFromContent(true);
+        QImage const expected = reader.read().convertToFormat(QImage::Format_RGB32);
+        QImage const result = stamped();
+        EXPECT_EQ(result, expected) << name;
+        EXPECT_EQ(result.dotsPerMeterX(), expected.dotsPerMeterX()) << name;
+        EXPECT_EQ(result.colorSpace(), expected.colorSpace()) << name;
+        EXPECT_EQ(result.textKeys(), expected.textKeys()) << name;
+    }
 }
 
 } // namespace

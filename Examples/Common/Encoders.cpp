@@ -1,5 +1,6 @@
 #include "Encoders.h"
 
+#include "Jpeg.h"
 #include "Picture.h"
 
 #include <QBuffer>
@@ -7,7 +8,6 @@
 #include <QtEndian>
 
 #include <libdeflate.h>
-#include <turbojpeg.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -25,8 +25,6 @@ namespace
 
 /// Less than a QByteArray can hold, so that the rest of a file fits as well.
 constexpr std::size_t maxCompressedSize = 0x7f000000;
-
-constexpr int jpegQuality = 95;
 
 constexpr int pixelSize = 4;
 
@@ -153,36 +151,12 @@ QByteArray chunk(QByteArray const& nameAndData)
     return bigEndian(quint32(nameAndData.size()) - 4) + nameAndData + bigEndian(checksum);
 }
 
-/// Qt's file of a single pixel: it has all of the metadata.
-QByteArray fileOfOnePixel(QImage const& picture, QByteArray const& format)
-{
-    QBuffer file;
-    if (!QImageWriter(&file, format).write(picture.copy(0, 0, 1, 1)))
-        throw std::bad_alloc();
-    return file.data();
-}
-
 /// Where a PNG file's first chunk of pixels begins.
 int findPixelChunk(QByteArray const& file)
 {
     int place = headerEnd;
     while (file.mid(place + 4, 4) != "IDAT")
         place += int(qFromBigEndian<quint32>(file.data() + place)) + emptyChunkSize;
-    return place;
-}
-
-bool isMetadata(uchar jpegMarker)
-{
-    constexpr uchar firstApplication = 0xe0, lastApplication = 0xef, comment = 0xfe;
-    return (jpegMarker >= firstApplication && jpegMarker <= lastApplication) || jpegMarker == comment;
-}
-
-/// Where the segments behind a JPEG file's metadata begin.
-int findPixelSegments(QByteArray const& file)
-{
-    int place = 2;
-    while (isMetadata(uchar(file[place + 1])))
-        place += 2 + qFromBigEndian<quint16>(file.data() + place + 2);
     return place;
 }
 
@@ -194,25 +168,6 @@ QByteArray encodePng(QImage const& picture, int compression)
     QByteArray const metadata = model.mid(headerEnd, findPixelChunk(model) - headerEnd);
     return model.left(signatureSize) + chunk(header) + metadata +
            chunk("IDAT" + compressed(filtered(picture), compression)) + model.right(emptyChunkSize);
-}
-
-/// Nothing if a JPEG file can't hold the picture.
-QByteArray encodeJpeg(QImage const& picture)
-{
-    std::unique_ptr<void, decltype(&tjDestroy)> const compressor(tjInitCompress(), tjDestroy);
-    if (!compressor)
-        throw std::bad_alloc();
-    uchar* bytes = nullptr;
-    unsigned long size = 0;
-    int const status =
-        tjCompress2(compressor.get(), picture.constBits(), picture.width(), picture.bytesPerLine(), picture.height(),
-                    TJPF_RGBX, &bytes, &size, TJSAMP_420, jpegQuality, TJFLAG_ACCURATEDCT);
-    std::unique_ptr<uchar, decltype(&tjFree)> const owner(bytes, tjFree);
-    if (status != 0)
-        return QByteArray();
-    auto const file = QByteArray::fromRawData(reinterpret_cast<char const*>(bytes), int(size));
-    QByteArray const model = fileOfOnePixel(picture, "jpg");
-    return model.left(findPixelSegments(model)) + file.mid(findPixelSegments(file));
 }
 
 QByteArray encodeByQt(QImage picture, QByteArray const& format)
@@ -227,6 +182,14 @@ QByteArray encodeByQt(QImage picture, QByteArray const& format)
 }
 
 } // namespace
+
+QByteArray fileOfOnePixel(QImage const& picture, QByteArray const& format)
+{
+    QBuffer file;
+    if (!QImageWriter(&file, format).write(picture.copy(0, 0, 1, 1)))
+        throw std::bad_alloc();
+    return file.data();
+}
 
 QByteArray encode(QImage picture, QByteArray const& format, int pngCompression)
 {

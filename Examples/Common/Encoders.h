@@ -18,4 +18,7 @@ constexpr int defaultPngCompression = 2;
 /// \throw std::runtime_error if there can't be such a file; what() is the reason
 QByteArray encode(QImage picture, QByteArray const& format, int pngCompression);
 
+/// Qt's file of a picture's first pixel, which has all of the metadata.
+QByteArray fileOfOnePixel(QImage const& picture, QByteArray const& format);
+
 } // namespace ztExamples

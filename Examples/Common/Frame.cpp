@@ -1,5 +1,6 @@
 #include "Frame.h"
 
+#include "Jpeg.h"
 #include "Picture.h"
 
 #include <QFileInfo>
@@ -22,6 +23,13 @@ bool hasAlpha(QByteArray const& format)
 {
     static QByteArrayList const without = {"bmp", "jpeg", "jpg", "pbm", "pgm", "ppm", "xbm"};
     return !without.contains(format);
+}
+
+QImage readJpeg(QString const& path)
+{
+    QFile file(path);
+    bool const isJpeg = file.open(QIODevice::ReadOnly) && file.peek(3) == "\xff\xd8\xff";
+    return isJpeg ? decodeJpeg(file.readAll()) : QImage();
 }
 
 /// Premultiplying rounds, so what the overlays left alone takes its straight values from the original.
@@ -80,6 +88,8 @@ void writeWhole(QByteArray const& bytes, QString const& path)
 Frame readFrame(QString const& path)
 try
 {
+    if (QImage pixels = readJpeg(path); !pixels.isNull())
+        return {QImage(), pixels};
     QImage picture = readPicture(path);
     if (!picture.hasAlphaChannel())
         return {QImage(), toPixels(std::move(picture))};

@@ -1,0 +1,19 @@
+/// \file
+/// JPEG files from and to pixels in the layout that frames have. Qt does what is out of the ordinary.
+#pragma once
+
+#include <QByteArray>
+#include <QImage>
+
+namespace ztExamples
+{
+
+/// The pixels of a file in the layout of an osg::Image, see toPixels(), with the metadata that Qt reads.
+/// \return a null image if this is no JPEG file in colour, whole and upright
+QImage decodeJpeg(QByteArray const& file);
+
+/// A file of a picture in Format_RGBX8888, with the metadata that Qt writes.
+/// \return nothing if a JPEG file can't hold the picture
+QByteArray encodeJpeg(QImage const& picture);
+
+} // namespace ztExamples
