@@ -96,7 +96,7 @@ void subtract(uchar const* row, uchar const* above, int channels, Difference& di
     difference.sum = sum;
 }
 
-/// The rows of a picture, each through the filter that leaves the least.
+/// The rows of a picture from the last to the first, each through the filter that leaves the least.
 std::vector<uchar> filtered(QImage const& picture)
 {
     int const channels = picture.hasAlphaChannel() ? 4 : 3;
@@ -106,7 +106,7 @@ std::vector<uchar> filtered(QImage const& picture)
         {std::vector<uchar>(1 + size, 1)}, {std::vector<uchar>(1 + size, 2)}, {std::vector<uchar>(1 + size, 4)}};
     std::vector<uchar> rows;
     rows.reserve((1 + size) * std::size_t(picture.height()));
-    for (int y = 0; y < picture.height(); ++y)
+    for (int y = picture.height() - 1; y >= 0; --y)
     {
         copyChannels(picture.constScanLine(y), picture.width(), channels, row.begin());
         subtract<predictLeft>(row.begin(), above.begin(), channels, differences[0]);
@@ -172,6 +172,7 @@ QByteArray encodePng(QImage const& picture, int compression)
 
 QByteArray encodeByQt(QImage picture, QByteArray const& format)
 {
+    picture = allocated(std::move(picture).mirrored());
     if (!picture.hasAlphaChannel())
         picture = allocated(std::move(picture).convertToFormat(QImage::Format_RGB32));
     QBuffer file;

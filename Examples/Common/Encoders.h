@@ -12,7 +12,7 @@ namespace ztExamples
 constexpr int defaultPngCompression = 2;
 
 /// A file of a picture, with the metadata that Qt writes: resolution, colour space, texts.
-/// \param picture  in Format_RGBA8888, or in Format_RGBX8888 if it has no alpha channel
+/// \param picture  bottom row first, in Format_RGBA8888, or in Format_RGBX8888 if it has no alpha channel
 /// \param format  the file's suffix in lower case; "jpg" and "jpeg" take pictures without an alpha channel only
 /// \param pngCompression  from 0, none, to 9, the smallest and slowest
 /// \throw std::runtime_error if there can't be such a file; what() is the reason

@@ -38,9 +38,10 @@ void restoreUntouched(QImage& picture, QImage const& stamped, QImage const& orig
     QImage const before = allocated(original.convertToFormat(stamped.format()));
     for (int y = 0; y < picture.height(); ++y)
     {
-        auto const* const was = reinterpret_cast<QRgb const*>(before.constScanLine(y));
+        int const yOfOriginal = picture.height() - 1 - y;
+        auto const* const was = reinterpret_cast<QRgb const*>(before.constScanLine(yOfOriginal));
         auto const* const is = reinterpret_cast<QRgb const*>(stamped.constScanLine(y));
-        auto const* const source = reinterpret_cast<QRgb const*>(original.constScanLine(y));
+        auto const* const source = reinterpret_cast<QRgb const*>(original.constScanLine(yOfOriginal));
         auto* const target = reinterpret_cast<QRgb*>(picture.scanLine(y));
         for (int x = 0; x < picture.width(); ++x)
             if (is[x] == was[x])
@@ -48,10 +49,10 @@ void restoreUntouched(QImage& picture, QImage const& stamped, QImage const& orig
     }
 }
 
-/// The picture to write.
+/// The picture to write, bottom row first.
 QImage compose(Frame frame, QByteArray const& format)
 {
-    QImage stamped = allocated(std::move(frame.pixels).mirrored());
+    QImage stamped = std::move(frame.pixels);
     if (!frame.original.isNull() && hasAlpha(format))
     {
         QImage picture = allocated(stamped.convertToFormat(QImage::Format_RGBA8888));

@@ -101,8 +101,9 @@ QByteArray encodeJpeg(QImage const& picture)
     Codec const codec = own(tjInitCompress());
     uchar* bytes = nullptr;
     unsigned long size = 0;
-    int const status = tjCompress2(codec.get(), picture.constBits(), picture.width(), picture.bytesPerLine(),
-                                   picture.height(), TJPF_RGBX, &bytes, &size, TJSAMP_420, quality, TJFLAG_ACCURATEDCT);
+    int const status =
+        tjCompress2(codec.get(), picture.constBits(), picture.width(), picture.bytesPerLine(), picture.height(),
+                    TJPF_RGBX, &bytes, &size, TJSAMP_420, quality, TJFLAG_BOTTOMUP | TJFLAG_ACCURATEDCT);
     std::unique_ptr<uchar, decltype(&tjFree)> const owner(bytes, tjFree);
     if (status != 0)
         return QByteArray();

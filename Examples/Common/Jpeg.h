@@ -12,7 +12,7 @@ namespace ztExamples
 /// \return a null image if this is no JPEG file in colour, whole and upright
 QImage decodeJpeg(QByteArray const& file);
 
-/// A file of a picture in Format_RGBX8888, with the metadata that Qt writes.
+/// A file of a picture in Format_RGBX8888, bottom row first, with the metadata that Qt writes.
 /// \return nothing if a JPEG file can't hold the picture
 QByteArray encodeJpeg(QImage const& picture);
 
