@@ -79,7 +79,7 @@ short predictNearest(short left, short above, short aboveLeft)
     auto const fromAbove = short(std::abs(left - aboveLeft));
     auto const fromAboveLeft = short(std::abs(left + above - 2 * aboveLeft));
     short const other = fromAbove <= fromAboveLeft ? above : aboveLeft;
-    return (fromLeft <= fromAbove) & (fromLeft <= fromAboveLeft) ? left : other;
+    return fromLeft <= std::min(fromAbove, fromAboveLeft) ? left : other;
 }
 
 template <short (*predict)(short, short, short)>
