@@ -1,5 +1,6 @@
 """Frames of a rendering, and the command lines that stamp labels and a logo onto all of them."""
 
+import shutil
 from pathlib import Path
 
 import numpy
@@ -46,23 +47,21 @@ def peer_arguments(height):
 
 
 def cases(stamp, folder, count):
-    """Makes frames in a folder. Yields the name of a case and its contenders: name, command, folder of the outputs."""
+    """Makes frames in a folder. Yields the name of a case and its contenders: name, command, folder of the outputs. A
+    program that isn't installed has no command."""
     for suffix, size, frames in (("png", (1920, 1080), count), ("jpg", (1920, 1080), count),
                                  ("png", (3840, 2160), max(1, count // 10))):
-        case = Path(folder) / f"{suffix} {size[0]}x{size[1]}"
+        name = f"{suffix} {size[0]}x{size[1]}"
+        case = Path(folder) / name
         make_frames(case / "in", suffix, size, frames)
         inputs = sorted(map(str, (case / "in").iterdir()))
-        outputs = {name: case / name for name in ("2 jobs", "1 job", "mogrify", "convert")}
-        for output in outputs.values():
-            output.mkdir()
-        ours = [stamp, "--quiet", "--overlays", str(DATA / "overlays.json"), "--output-dir"]
-        draw = peer_arguments(size[1])
-        loop = 'out="$1" n="$2"; shift 2; draw=("${@:1:n}"); shift "$n"; ' \
-               'for frame; do convert "$frame" "${draw[@]}" "$out/${frame##*/}"; done'
+        ours = [stamp, "--quiet", "--overlays", str(DATA / "overlays.json"), *inputs, "--output-dir"]
+        peer = ["mogrify", *peer_arguments(size[1]), "-path"]
         commands = {
-            "2 jobs": [*ours, str(outputs["2 jobs"]), "--jobs", "2", *inputs],
-            "1 job": [*ours, str(outputs["1 job"]), "--jobs", "1", *inputs],
-            "mogrify": ["mogrify", "-path", str(outputs["mogrify"]), *draw, *inputs],
-            "convert": ["bash", "-c", loop, "convert", str(outputs["convert"]), str(len(draw)), *draw, *inputs],
+            "ours": [*ours, str(case / "ours"), "--jobs", "2"],
+            "ours, one job": [*ours, str(case / "ours, one job"), "--jobs", "1"],
+            "ImageMagick": [*peer, str(case / "ImageMagick"), *inputs] if shutil.which("mogrify") else None,
         }
-        yield f"stamp {frames} {case.name}", [(name, commands[name], outputs[name]) for name in commands]
+        for contender in commands:
+            (case / contender).mkdir()
+        yield f"overlay-stamp, {frames} {name}", [(one, commands[one], case / one) for one in commands]

@@ -22,6 +22,7 @@ except ImportError:
     PIL = None
 
 import chart
+import programs
 
 ROUNDS = 9
 
@@ -190,17 +191,27 @@ def main():
     parser.add_argument("--try", dest="is_trial", action="store_true",
                         help="run everything once, to see that it works; the figures mean nothing")
     parser.add_argument("--program", required=True, help=argparse.SUPPRESS)
+    parser.add_argument("--stamp", required=True, help=argparse.SUPPRESS)
     options = parser.parse_args()
 
+    rounds = 1 if options.is_trial else ROUNDS
     server = Server(options.program, options.is_trial)
     results = {}
-    print("| Case | Ours | Peers, **how many times as long** |\n|---|---|---|")
-    for case in server.ask("cases"):
-        if options.cases and not any(pattern in case for pattern in options.cases):
-            continue
-        contenders, judge = contenders_of(server, case)
-        results[case] = compare(contenders, judge, 1 if options.is_trial else ROUNDS)
+
+    def measure(case, contenders, judge=None):
+        results[case] = compare(contenders, judge, rounds)
         print(row_of(case, results[case]), flush=True)
+
+    def is_chosen(case):
+        return not options.cases or any(pattern in case for pattern in options.cases)
+
+    print("| Case | Ours | Peers, **how many times as long** |\n|---|---|---|")
+    for case in filter(is_chosen, server.ask("cases")):
+        measure(case, *contenders_of(server, case))
+    if is_chosen("overlay-stamp"):
+        with tempfile.TemporaryDirectory() as folder:
+            for case, commands in programs.cases(options.stamp, folder, 2 if options.is_trial else 100):
+                measure(case, [Program(*command) for command in commands])
     run = {"processor": processor(), "cases": results}
     if options.json:
         Path(options.json).write_text(json.dumps(run, indent=1) + "\n")

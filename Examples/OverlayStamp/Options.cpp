@@ -1,7 +1,6 @@
 #include "Options.h"
 
 #include "CommandLine.h"
-#include "Encoders.h"
 #include "OverlayFile.h"
 #include "ztPlatform.h"
 

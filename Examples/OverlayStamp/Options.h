@@ -2,6 +2,8 @@
 /// The command line.
 #pragma once
 
+#include "Encoders.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -25,7 +27,7 @@ struct Options
     /// How many threads decode and encode.
     int jobs = 1;
     /// See encode().
-    int pngCompression = 2;
+    int pngCompression = defaultPngCompression;
     bool isQuiet = false;
     /// Not empty: this is asked for, and nothing else.
     QString information;

@@ -21,7 +21,8 @@ template <class Function>
 auto run(QThreadPool& pool, Function function)
 {
     auto const task = std::make_shared<std::packaged_task<decltype(function())()>>(std::move(function));
-    pool.start([task] { (*task)(); });
+    constexpr int belowQt = -1; // which scales texts in this pool while the sequence waits
+    pool.start([task] { (*task)(); }, belowQt);
     return task->get_future();
 }
 
