@@ -1,7 +1,22 @@
 // What createOverlay and duplicateOverlay build, share and mark, and the place of the shown image.
 #include "TestSupport.h"
 
-using ConstructionTest = SceneTest;
+#include "ztOpenSGExt.h"
+
+namespace
+{
+
+class ConstructionTest : public SceneTest
+{
+  public:
+    static osg::ShaderChunkPtr shaderOf(osg::NodePtr const& node)
+    {
+        auto const material = osg::dynamicCast<osg::ChunkMaterial>(overlayOf(node)->foreground->material);
+        return osg::dynamicCast<osg::ShaderChunk>(material->chunks.at(2));
+    }
+};
+
+} // namespace
 
 TEST_F(ConstructionTest, OverlaysAreCompleteAndMarkedInTheOrderOfBuilding)
 {
@@ -19,7 +34,7 @@ TEST_F(ConstructionTest, OverlaysAreCompleteAndMarkedInTheOrderOfBuilding)
         auto const material = osg::dynamicCast<osg::ChunkMaterial>(foreground->material);
         auto const texture = textureOf(overlayOf(node));
         auto const blend = osg::dynamicCast<osg::BlendChunk>(material->chunks.at(1));
-        auto const shader = osg::dynamicCast<osg::ShaderChunk>(material->chunks.at(2));
+        auto const shader = shaderOf(node);
         Recorder::Names names{{"N", node},    {"O", node->core}, {"F", foreground}, {"M", material},
                               {"T", texture}, {"B", blend},      {"S", shader},     {"I", texture->image}};
         for (auto const& [name, part] : names)
@@ -37,11 +52,32 @@ TEST_F(ConstructionTest, OverlaysAreCompleteAndMarkedInTheOrderOfBuilding)
         EXPECT_EQ((std::array{texture->minFilter, texture->magFilter, blend->srcFactor, blend->destFactor}),
                   (std::array{9987u, 9729u, 770u, 771u}));
         EXPECT_EQ((std::pair{texture->wrapS, texture->wrapT}), (std::pair{33071u, 33071u}));
-        EXPECT_EQ(shader->fragmentProgram.find("#define"), std::string::npos) << "premultiplied, not opaque";
+        EXPECT_EQ(shader->fragmentProgram.str().find("#define"), std::string::npos) << "premultiplied, not opaque";
+        EXPECT_EQ(shader->fragmentProgram.str().data(), shaderOf(parent->children[0])->fragmentProgram.str().data());
+        EXPECT_EQ(shader->vertexProgram.str().data(), shaderOf(parent->children[0])->vertexProgram.str().data());
         EXPECT_EQ(texture->image->pixels, makeImage(16, 16)->pixels);
     }
     prototype->nodeFlags = 0;
     prototype->travMask = 0xFFFFFFFF;
+}
+
+TEST_F(ConstructionTest, ShaderTextIsSharedUntilItIsWritten)
+{
+    auto const create = [this](bool straight, bool opaque) {
+        return hold(osg::dynamicCast<osg::ShaderChunk>(ztOpenSGExt::createBackplateShader(straight, opaque)));
+    };
+    std::string const plain = create(false, false)->fragmentProgram, straight = "#define STRAIGHT_ALPHA\n",
+                      opaque = "#define OPAQUE\n";
+    EXPECT_EQ(create(true, false)->fragmentProgram, straight + plain);
+    EXPECT_EQ(create(false, true)->fragmentProgram, opaque + plain);
+    osg::ShaderChunkPtr const chunk = create(true, true), other = create(true, true);
+    chunk->fragmentProgram += "// more";
+    EXPECT_EQ(chunk->fragmentProgram, straight + opaque + plain + "// more");
+    EXPECT_EQ(other->fragmentProgram, straight + opaque + plain);
+    EXPECT_FALSE(chunk->fragmentProgram == other->fragmentProgram);
+    chunk->fragmentProgram = std::string(other->fragmentProgram);
+    EXPECT_TRUE(chunk->fragmentProgram == other->fragmentProgram);
+    EXPECT_EQ(hold(osg::create<osg::ShaderChunk>())->fragmentProgram, std::string());
 }
 
 TEST_F(ConstructionTest, DuplicateSharesAPictureButNoRendering)

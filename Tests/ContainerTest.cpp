@@ -1,7 +1,21 @@
 // Typed pointers, counts, types, the edit protocol, attachments, nodes, images and chunks.
 #include "TestSupport.h"
 
+#include <random>
+
 using ContainerTest = SceneTest;
+
+namespace
+{
+
+class HostOverlay : public osg::Overlay
+{
+    OSG_CONTAINER(HostOverlay)
+};
+
+OSG_CONTAINER_TYPE(HostOverlay, osg::Overlay);
+
+} // namespace
 
 TEST_F(ContainerTest, CountsAreReportedAndTheLastReferenceDestroys)
 {
@@ -76,6 +90,72 @@ TEST_F(ContainerTest, ChildrenKnowTheirParentAndCoresTheirNodes)
     EXPECT_EQ(core->getParents(), std::vector{b});
 }
 
+TEST_F(ContainerTest, ChildIsTakenFromAnyPlaceAndTheOthersKeepTheirOrder)
+{
+    for (std::size_t count = 1; count <= 6; ++count)
+        for (std::size_t place = 0; place < count; ++place)
+        {
+            osg::NodePtr const node = makeNode();
+            for (std::size_t i = 0; i < count; ++i)
+                makeNode(osg::NullFC, node);
+            std::vector<osg::NodePtr> expected = node->children;
+            node->subChild(osg::NodePtr(node->children[place]));
+            expected.erase(expected.begin() + std::ptrdiff_t(place));
+            EXPECT_EQ(node->children, expected) << place << " of " << count;
+        }
+}
+
+// Against a plain list, in which a user may stand several times, up to lengths that have an index.
+TEST_F(ContainerTest, UsersLeaveTheirListFromAnyPlaceAndTheOthersKeepTheirOrder)
+{
+    std::vector<osg::NodePtr> nodes;
+    for (int i = 0; i < 150; ++i)
+        nodes.push_back(makeNode());
+    for (std::size_t const users : {3u, 40u, 150u})
+    {
+        osg::UserList<osg::NodePtr> list;
+        std::vector<osg::NodePtr> expected;
+        std::mt19937 random(1);
+        for (int step = 0; step < 6000; ++step)
+        {
+            bool const grows = random() % 8 < (step / 1000 % 2 ? 2 : 6);
+            osg::NodePtr const user = nodes[random() % users];
+            auto const entry = std::find(expected.begin(), expected.end(), user);
+            if (grows && (entry == expected.end() || random() % 16 == 0))
+            {
+                list.push_back(user);
+                expected.push_back(user);
+            }
+            else if (!grows)
+            {
+                EXPECT_EQ(list.remove(user.get()), entry != expected.end());
+                if (entry != expected.end())
+                    expected.erase(entry);
+            }
+            ASSERT_EQ(list, expected) << users << " users, step " << step;
+            ASSERT_EQ(list.size(), expected.size());
+        }
+    }
+}
+
+// For a type test, an object of the class that asks and one of a class derived from it differ.
+TEST_F(ContainerTest, CastsFollowTheTypeWhateverMadeTheContainer)
+{
+    auto const host = hold(osg::create<HostOverlay>()), copy = hold(osg::dynamicCast<HostOverlay>(host->shallowCopy()));
+    auto const plain = hold(osg::create<osg::Overlay>());
+    auto const prototype = HostOverlay::getClassType().getPrototype();
+    for (auto const& [name, container, isHost] : {std::tuple{"created", osg::FieldContainerPtr(host), true},
+                                                  {"copied", copy, true},
+                                                  {"prototype", prototype, true},
+                                                  {"base", plain, false}})
+    {
+        EXPECT_EQ(osg::dynamicCast<HostOverlay>(container) != osg::NullFC, isHost) << name;
+        EXPECT_EQ(osg::dynamicCast<osg::Overlay>(container), container) << name;
+        EXPECT_EQ(osg::dynamicCast<osg::NodeCore>(container).getContainerSize(), container.getContainerSize()) << name;
+        EXPECT_EQ(osg::dynamicCast<osg::Group>(container), osg::NullFC) << name;
+    }
+}
+
 TEST_F(ContainerTest, ImageTakesASizeAndCopiesBytesOrUsesThemInPlace)
 {
     osg::ImagePtr const image = makeImage(-5, -2);
@@ -111,7 +191,11 @@ TEST_F(ContainerTest, TextureKeepsCountsAndParentsOfItsImage)
     EXPECT_EQ(a->parents, (Users{other, chunk})) << "the entry moves to the end";
     chunk->setImage(b);
     EXPECT_EQ(a->parents, Users{other});
+    b->parents.push_back(osg::FieldContainerPtr(other)); // as a host's own container does
+    b->parents.push_back(osg::FieldContainerPtr(chunk));
     chunk->setImage(osg::NullFC);
+    EXPECT_EQ(b->parents, (Users{other, chunk})) << "the first entry goes";
+    EXPECT_TRUE(b->parents.remove(other.get()) && b->parents.remove(chunk.get()));
     osg::subRef(other);
     EXPECT_EQ(a->parents.size() + b->parents.size(), 0u) << "a destroyed texture leaves";
     EXPECT_EQ(recorder.take({{"A", a}, {"B", b}, {"other", other}}), "+A -A +B -A -B xother -A");

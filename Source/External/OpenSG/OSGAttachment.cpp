@@ -11,14 +11,19 @@ OSG_CONTAINER_TYPE(Name, Attachment);
 
 AttachmentContainer::~AttachmentContainer()
 {
-    for (Entry const& entry : _attachments)
-        subRef(entry.attachment);
+    if (_attachments)
+        for (Entry const& entry : *_attachments)
+            subRef(entry.attachment);
 }
 
-std::vector<AttachmentContainer::Entry>::const_iterator AttachmentContainer::find(UInt32 groupId, UInt16 binding) const
+AttachmentContainer::Entry* AttachmentContainer::find(UInt32 groupId, UInt16 binding) const
 {
-    return std::find_if(_attachments.begin(), _attachments.end(),
-                        [=](Entry const& entry) { return entry.groupId == groupId && entry.binding == binding; });
+    if (!_attachments)
+        return nullptr;
+    auto const entry = std::find_if(_attachments->begin(), _attachments->end(), [=](Entry const& each) {
+        return each.groupId == groupId && each.binding == binding;
+    });
+    return entry != _attachments->end() ? &*entry : nullptr;
 }
 
 void AttachmentContainer::addAttachment(AttachmentPtr const& attachment, UInt16 binding)
@@ -28,22 +33,24 @@ void AttachmentContainer::addAttachment(AttachmentPtr const& attachment, UInt16 
     addRef(attachment);
     UInt32 const groupId = attachment->getType().getGroupId();
     subAttachment(groupId, binding);
-    _attachments.push_back({groupId, binding, attachment});
+    if (!_attachments)
+        _attachments = std::make_unique<std::vector<Entry>>();
+    _attachments->push_back({groupId, binding, attachment});
 }
 
 AttachmentPtr AttachmentContainer::findAttachment(UInt32 groupId, UInt16 binding) const
 {
-    auto const entry = find(groupId, binding);
-    return entry != _attachments.end() ? entry->attachment : AttachmentPtr();
+    Entry const* const entry = find(groupId, binding);
+    return entry ? entry->attachment : AttachmentPtr();
 }
 
 void AttachmentContainer::subAttachment(UInt32 groupId, UInt16 binding)
 {
-    auto const entry = find(groupId, binding);
-    if (entry == _attachments.end())
+    Entry* const entry = find(groupId, binding);
+    if (!entry)
         return;
     AttachmentPtr const attachment = entry->attachment;
-    _attachments.erase(entry);
+    _attachments->erase(_attachments->begin() + (entry - _attachments->data()));
     subRef(attachment);
 }
 

@@ -4,6 +4,7 @@
 
 #include "OSGFieldContainer.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -45,9 +46,11 @@ class OPENSG_EXPORT AttachmentContainer : public FieldContainer
         AttachmentPtr attachment;
     };
 
-    std::vector<Entry>::const_iterator find(UInt32 groupId, UInt16 binding) const;
+    /// Null without one.
+    Entry* find(UInt32 groupId, UInt16 binding) const;
 
-    NotCopied<std::vector<Entry>> _attachments;
+    /// Null until the first is added.
+    NotCopied<std::unique_ptr<std::vector<Entry>>> _attachments;
 };
 
 using AttachmentContainerPtr = FCPtr<AttachmentContainer>;

@@ -3,6 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace osg
@@ -73,6 +76,40 @@ struct NotCopied : T
     NotCopied(NotCopied const&) : T() {}
     NotCopied& operator=(NotCopied const&) = default;
     using T::operator=;
+};
+
+/// A string whose copies share the characters. No character is written in place, so that one thread may read what
+/// another one shares.
+class SharedString
+{
+  public:
+    SharedString() = default;
+    SharedString(std::string text) : _text(std::make_shared<std::string const>(std::move(text))) {}
+    SharedString(char const* text) : SharedString(std::string(text)) {}
+
+    /// To be read before the next write.
+    std::string const& str() const
+    {
+        static std::string const empty;
+        return _text ? *_text : empty;
+    }
+    operator std::string const&() const { return str(); }
+
+    /// An empty string shares what it becomes.
+    SharedString& operator+=(SharedString const& added)
+    {
+        return *this = str().empty() ? added : SharedString(str() + added.str());
+    }
+
+    friend bool operator==(SharedString const& a, SharedString const& b)
+    {
+        return a._text == b._text || a.str() == b.str();
+    }
+    friend bool operator==(SharedString const& a, std::string const& b) { return a.str() == b; }
+    friend bool operator==(std::string const& a, SharedString const& b) { return a == b.str(); }
+
+  private:
+    std::shared_ptr<std::string const> _text;
 };
 
 /// A list field: a vector that is emptied through a virtual operation of its own.

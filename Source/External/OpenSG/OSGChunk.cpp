@@ -1,6 +1,5 @@
 #include "OSGChunk.h"
 
-#include <algorithm>
 #include <atomic>
 
 namespace osg
@@ -40,20 +39,15 @@ TextureChunk::~TextureChunk()
 {
     if (image == NullFC)
         return;
-    auto& parents = image->parents;
-    parents.erase(std::remove(parents.begin(), parents.end(), FieldContainerPtr(this)), parents.end());
+    while (image->parents.remove(this))
+        ;
     subRef(image);
 }
 
 void TextureChunk::setImage(ImagePtr const& newImage)
 {
     if (image != NullFC)
-    {
-        auto& parents = image->parents;
-        auto const self = std::find(parents.begin(), parents.end(), FieldContainerPtr(this));
-        if (self != parents.end())
-            parents.erase(self);
-    }
+        image->parents.remove(this);
     addRef(newImage);
     subRef(image);
     image = newImage;

@@ -92,8 +92,8 @@ class OPENSG_EXPORT ShaderChunkBase : public StateChunk
   public:
     /// GLSL without a `#version` line, which the renderer puts before it. It feeds the inputs `position` and `texCoord`
     /// (vec2) and the uniform `pixelsToClip` (mat4); samplers read texture unit 0.
-    OSG_FIELD(StateChunk, 0, VertexProgram, vertexProgram, std::string);
-    OSG_FIELD(StateChunk, 1, FragmentProgram, fragmentProgram, std::string);
+    OSG_FIELD(StateChunk, 0, VertexProgram, vertexProgram, SharedString);
+    OSG_FIELD(StateChunk, 1, FragmentProgram, fragmentProgram, SharedString);
     static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 2;
 };
 

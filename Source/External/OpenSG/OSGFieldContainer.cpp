@@ -66,6 +66,7 @@ void FieldContainer::changed(BitVector, UInt32) {}
 
 FieldContainerPtr FieldContainer::enter(FieldContainer* container)
 {
+    container->_typeId = container->getType().getId();
     FieldContainerPtr const pointer(container);
     FieldContainerFactory::registerFieldContainer(pointer);
     return pointer;

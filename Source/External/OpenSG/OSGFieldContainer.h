@@ -101,6 +101,12 @@ class OPENSG_EXPORT FieldContainer
     static FieldContainerType const& getClassType() { return _type; }
     virtual FieldContainerType const& getType() const = 0;
 
+    /// Whether the container's type is `type` or derives from it.
+    bool isOfType(FieldContainerType const& type) const
+    {
+        return _typeId == type.getId() || getType().isDerivedFrom(type);
+    }
+
     /// A new container of the same type with this one's field values and reference count 0.
     ///
     /// The copy's counted pointers hold no references: the caller adds one for each that is not null. Links to the
@@ -130,6 +136,8 @@ class OPENSG_EXPORT FieldContainer
     static FieldContainerType const _type;
 
     Int32 _refCount = 0;
+    /// That of getType(), or 0. Beside what a walk reads anyway, it spares most type tests a call and a look elsewhere.
+    UInt32 _typeId = 0;
 };
 
 /// Keeps the number of containers that live, prototypes left out.
@@ -168,9 +176,9 @@ void setRefdCP(FCPtr<T>& field, std::common_type_t<FCPtr<T>> const& value)
 template <class T>
 FCPtr<T> dynamicCast(FieldContainerPtr const& container)
 {
-    if (container == NullFC || !container->getType().isDerivedFrom(T::getClassType()))
+    if (container == NullFC || !container->isOfType(T::getClassType()))
         return NullFC;
-    return FCPtr<T>(static_cast<T*>(container.getContainer()));
+    return FCPtr<T>::cast(container);
 }
 
 /// A new container from the prototype of `T`, with reference count 0; null if `T` is abstract.

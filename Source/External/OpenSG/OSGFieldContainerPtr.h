@@ -37,6 +37,12 @@ class OPENSG_EXPORT FieldContainerPtrBase
 
     FieldContainer* getContainer() const { return _container; }
 
+  protected:
+    FieldContainerPtrBase(FieldContainer* container, UInt16 parentEPos, UInt16 containerSize)
+        : _containerSize(containerSize), _parentEPos(parentEPos), _container(container)
+    {
+    }
+
   private:
     UInt16 _containerSize = 0;
     UInt16 _parentEPos = InvalidParentEPos;
@@ -88,9 +94,18 @@ class FCPtr : public FieldContainerPtr
     {
     }
 
+    /// A pointer to a container that is known to be a `T`.
+    static FCPtr cast(FieldContainerPtr const& container) { return FCPtr(container); }
+
     T* get() const { return static_cast<T*>(getContainer()); }
     T* operator->() const { return get(); }
     T& operator*() const { return *get(); }
+
+  private:
+    explicit FCPtr(FieldContainerPtr const& container)
+        : FieldContainerPtr(container.getContainer(), InvalidParentEPos, container.getContainerSize())
+    {
+    }
 };
 
 } // namespace osg

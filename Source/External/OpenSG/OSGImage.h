@@ -3,6 +3,7 @@
 #pragma once
 
 #include "OSGFieldContainer.h"
+#include "OSGUserList.h"
 
 namespace osg
 {
@@ -10,12 +11,12 @@ namespace osg
 class OPENSG_EXPORT ImageBase : public FieldContainer
 {
   public:
-    /// The containers that use this image, once for each use. The parent field position of an entry is the number of
-    /// the field that holds the image.
-    OSG_FIELD(FieldContainer, 0, Parents, parents, NotCopied<std::vector<FieldContainerPtr>>);
     /// Size in pixels.
     OSG_FIELD(FieldContainer, 1, Width, width, Int32) = 0;
     OSG_FIELD(FieldContainer, 2, Height, height, Int32) = 0;
+    /// The containers that use this image, once for each use. The parent field position of an entry is the number of
+    /// the field that holds the image.
+    OSG_FIELD(FieldContainer, 0, Parents, parents, NotCopied<UserList<FieldContainerPtr>>);
     /// The image's own bytes.
     OSG_FIELD(FieldContainer, 3, Pixels, pixels, std::vector<UInt8>);
     /// Bytes held outside the image, borrowed, or null.

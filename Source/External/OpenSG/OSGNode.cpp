@@ -1,5 +1,7 @@
 #include "OSGNode.h"
 
+#include "OSGMaterialPool.h"
+
 #include <algorithm>
 
 namespace osg
@@ -10,8 +12,30 @@ OSG_CONTAINER_TYPE(Node, AttachmentContainer);
 OSG_CONTAINER_TYPE(Group, NodeCore);
 OSG_CONTAINER_TYPE(Switch, Group);
 
+namespace
+{
+
+/// In a list without repeated entries.
+std::vector<NodePtr>::const_iterator findFromBothEnds(std::vector<NodePtr> const& nodes, NodePtr const& node)
+{
+    auto last = nodes.end();
+    for (auto first = nodes.begin(); first != last; ++first)
+    {
+        if (*first == node)
+            return first;
+        if (*--last == node)
+            return last;
+        if (first == last)
+            break;
+    }
+    return nodes.end();
+}
+
+} // namespace
+
 Node::~Node()
 {
+    leaveParent();
     for (NodePtr const& child : children)
     {
         if (child->parent.get() == this)
@@ -24,12 +48,44 @@ Node::~Node()
 
 void Node::leaveCore()
 {
-    if (core == NullFC)
+    if (core != NullFC && core->_parents.remove(this))
+        subPoolNodes(asPoolNodes());
+}
+
+void Node::leaveParent()
+{
+    if (parent == NullFC)
         return;
-    auto& parents = core->_parents;
-    auto const self = std::find(parents.begin(), parents.end(), NodePtr(this));
-    if (self != parents.end())
-        parents.erase(self);
+    parent->subPoolNodes(_poolNodes);
+    parent = NullFC;
+}
+
+Node::PoolNodes Node::asPoolNodes() const
+{
+    if (dynamicCast<MaterialPool>(core) == NullFC)
+        return {};
+    return {1, reinterpret_cast<std::uintptr_t>(this)};
+}
+
+void Node::addPoolNodes(PoolNodes const& added)
+{
+    if (added.count == 0)
+        return;
+    for (Node* above = this; above; above = above->parent.get())
+    {
+        above->_poolNodes.count += added.count;
+        above->_poolNodes.addresses ^= added.addresses;
+    }
+}
+
+void Node::subPoolNodes(PoolNodes const& removed)
+{
+    addPoolNodes({0 - removed.count, removed.addresses});
+}
+
+NodePtr Node::getOnlyPoolNode() const
+{
+    return _poolNodes.count == 1 ? NodePtr(reinterpret_cast<Node*>(_poolNodes.addresses)) : NodePtr();
 }
 
 void Node::setCore(NodeCorePtr const& newCore)
@@ -38,8 +94,10 @@ void Node::setCore(NodeCorePtr const& newCore)
         return;
     leaveCore();
     setRefdCP(core, newCore);
-    if (core != NullFC)
-        core->_parents.push_back(NodePtr(this));
+    if (core == NullFC)
+        return;
+    core->_parents.push_back(NodePtr(this));
+    addPoolNodes(asPoolNodes());
 }
 
 void Node::addChild(NodePtr const& child)
@@ -54,34 +112,26 @@ void Node::addChild(NodePtr const& child)
     addRef(added);
     if (added->parent != NullFC)
         added->parent->subChild(added);
+    added->leaveParent();
     children.push_back(added);
     added->parent = NodePtr(this);
+    addPoolNodes(added->_poolNodes);
 }
 
 void Node::subChild(NodePtr const& child)
 {
-    auto const entry = std::find(children.begin(), children.end(), child);
+    auto const entry = findFromBothEnds(children, child);
     if (entry == children.end())
         return;
     NodePtr const removed = *entry;
     children.erase(entry);
-    removed->parent = NullFC;
+    removed->leaveParent();
     subRef(removed);
 }
 
 Action::ResultE traverse(NodePtr const& start, std::function<Action::ResultE(NodePtr const&)> const& callback)
 {
-    if (start == NullFC)
-        return Action::Continue;
-    if (callback(start) == Action::Quit)
-        return Action::Quit;
-    for (std::size_t i = 0; i < start->children.size(); ++i)
-    {
-        NodePtr const child = start->children[i];
-        if (traverse(child, callback) == Action::Quit)
-            return Action::Quit;
-    }
-    return Action::Continue;
+    return traverse<decltype(callback)>(start, callback);
 }
 
 } // namespace osg

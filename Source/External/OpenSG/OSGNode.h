@@ -3,6 +3,7 @@
 #pragma once
 
 #include "OSGAttachment.h"
+#include "OSGUserList.h"
 
 #include <functional>
 
@@ -22,12 +23,12 @@ class OPENSG_EXPORT NodeCore : public AttachmentContainer
 
   public:
     /// The nodes that have this core. They are kept by Node::setCore() and hold it, not the other way round.
-    std::vector<NodePtr> const& getParents() const { return _parents; }
+    UserList<NodePtr> const& getParents() const { return _parents; }
 
   private:
     friend class Node;
 
-    NotCopied<std::vector<NodePtr>> _parents;
+    NotCopied<UserList<NodePtr>> _parents;
 };
 
 /// A place in the tree. A node holds a reference on its core and on each child; the child's `parent` holds none.
@@ -35,12 +36,24 @@ class OPENSG_EXPORT Node : public AttachmentContainer
 {
     OSG_CONTAINER(Node)
 
+    /// The pool nodes of a tree, in a form to which others are added, and from which they are taken, without a search.
+    struct PoolNodes
+    {
+        UInt32 count = 0;
+        /// The addresses, combined by exclusive or: that of the node if there is one.
+        std::uintptr_t addresses = 0;
+    };
+
+    /// Of this node and of those of which it is the `parent`.
+    NotCopied<PoolNodes> _poolNodes;
+
   public:
+    OSG_FIELD(AttachmentContainer, 4, Parent, parent, NotCopied<NodePtr>);
+    // What walks read comes last in memory: a core that is made next follows closely.
+    OSG_FIELD(AttachmentContainer, 3, Core, core, NodeCorePtr);
     OSG_FIELD(AttachmentContainer, 0, TravMask, travMask, UInt32) = 0xFFFFFFFF;
     OSG_FIELD(AttachmentContainer, 1, NodeFlags, nodeFlags, UInt32) = 0;
     OSG_FIELD(AttachmentContainer, 2, Children, children, std::vector<NodePtr>);
-    OSG_FIELD(AttachmentContainer, 3, Core, core, NodeCorePtr);
-    OSG_FIELD(AttachmentContainer, 4, Parent, parent, NotCopied<NodePtr>);
     static constexpr UInt16 FieldEnd = AttachmentContainer::FieldEnd + 5;
 
     /// Makes `newCore`, which may be null, this node's core. Marks nothing.
@@ -54,11 +67,20 @@ class OPENSG_EXPORT Node : public AttachmentContainer
     /// nothing.
     void subChild(NodePtr const& child);
 
+    /// The node with a MaterialPool at or below this one, if it is the only one that has come there with setCore() and
+    /// addChild(); else null.
+    NodePtr getOnlyPoolNode() const;
+
   protected:
     ~Node() override;
 
   private:
     void leaveCore();
+    void leaveParent();
+    /// What this node is itself.
+    PoolNodes asPoolNodes() const;
+    void addPoolNodes(PoolNodes const& added);
+    void subPoolNodes(PoolNodes const& removed);
 };
 
 /// A core that only groups its node's children.
@@ -103,6 +125,24 @@ struct Action
 /// start node leads to no visit. The callback may change the children of the nodes that it sees, but destroys none of
 /// these.
 /// \return Quit if a callback returned it, which ends the walk at once; else Continue.
+template <class Callback>
+Action::ResultE traverse(NodePtr const& start, Callback&& callback)
+{
+    if (start == NullFC)
+        return Action::Continue;
+    if (callback(start) == Action::Quit)
+        return Action::Quit;
+    for (std::size_t i = 0; i < start->children.size(); ++i)
+    {
+        NodePtr const child = start->children[i];
+        if (traverse<Callback&>(child, callback) == Action::Quit)
+            return Action::Quit;
+    }
+    return Action::Continue;
+}
+
+/// The same with a callback of any kind.
+/// \throw std::bad_function_call if the callback is empty and the start node isn't null
 OPENSG_EXPORT Action::ResultE traverse(NodePtr const& start,
                                        std::function<Action::ResultE(NodePtr const&)> const& callback);
 

@@ -5,7 +5,7 @@ namespace ztOpenSGExt
 
 namespace
 {
-char const vertexProgram[] = R"(
+char const vertexProgramText[] = R"(
 in vec2 position;
 in vec2 texCoord;
 out vec2 imagePoint;
@@ -18,7 +18,7 @@ void main()
 }
 )";
 
-char const fragmentProgram[] = R"(
+char const fragmentProgramBody[] = R"(
 precision highp float;
 in vec2 imagePoint;
 out vec4 color;
@@ -35,17 +35,25 @@ void main()
 #endif
 }
 )";
+
+osg::SharedString fragmentProgramText(bool straightAlpha, bool opaque)
+{
+    return std::string(straightAlpha ? "#define STRAIGHT_ALPHA\n" : "") + (opaque ? "#define OPAQUE\n" : "") +
+           fragmentProgramBody;
+}
+
 } // namespace
 
 osg::StateChunkPtr createBackplateShader(bool straightAlpha, bool opaque)
 {
+    static osg::SharedString const vertexProgram = vertexProgramText;
+    static osg::SharedString const fragmentPrograms[2][2] = {
+        {fragmentProgramText(false, false), fragmentProgramText(false, true)},
+        {fragmentProgramText(true, false), fragmentProgramText(true, true)}};
+
     osg::ShaderChunkPtr const chunk = osg::create<osg::ShaderChunk>();
     chunk->vertexProgram = vertexProgram;
-    if (straightAlpha)
-        chunk->fragmentProgram += "#define STRAIGHT_ALPHA\n";
-    if (opaque)
-        chunk->fragmentProgram += "#define OPAQUE\n";
-    chunk->fragmentProgram += fragmentProgram;
+    chunk->fragmentProgram += fragmentPrograms[straightAlpha][opaque];
     osg::markChanged(chunk, osg::AllFieldsMask);
     return chunk;
 }

@@ -11,6 +11,10 @@ osg::NodePtr findMaterialPool(osg::NodePtr const& start, bool wholeTree, bool re
     while (wholeTree && top != osg::NullFC && top->parent != osg::NullFC)
         top = top->parent;
 
+    if (recursive && top != osg::NullFC)
+        if (osg::NodePtr const only = top->getOnlyPoolNode(); only != osg::NullFC)
+            return only;
+
     osg::NodePtr found;
     osg::traverse(top, [&](osg::NodePtr const& node) {
         if (osg::dynamicCast<osg::MaterialPool>(node->core) != osg::NullFC)
