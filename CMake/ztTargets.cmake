@@ -30,6 +30,8 @@ function(zt_add_library name output macro)
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}> $<BUILD_INTERFACE:${CMAKE_CURRENT_BINARY_DIR}>)
     target_link_libraries(${name} PRIVATE ztCompileOptions)
+    # What a library exports can be inlined within it.
+    target_compile_options(${name} PRIVATE -fno-semantic-interposition)
     install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
     install(FILES ${ARG_HEADERS} ${CMAKE_CURRENT_BINARY_DIR}/${output}_export.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ztOverlayUtils)

@@ -3,11 +3,12 @@
 
 #include <cstdlib>
 
-static thread_local long allocations = 0;
+static thread_local long allocations = 0, allocatedBytes = 0;
 
 void* operator new(std::size_t size)
 {
     ++allocations;
+    allocatedBytes += long(size);
     if (void* memory = std::malloc(size))
         return memory;
     throw std::bad_alloc();
@@ -33,13 +34,29 @@ TEST_F(AllocationTest, QuietFrameAllocatesNothing)
         makeNode(overlay, root);
         overlay->dirty = false;
     }
-    osg::ViewportPtr const viewport = makeViewport(640, 480);
+    osg::ViewportPtr viewport = makeViewport(640, 480);
+    viewport->foregrounds.push_back(makeText("")->foreground);
     auto const allocationsOfAFrame = [&] {
         long const before = allocations;
         ztOverlays::updateAllOverlays(viewport);
         ztOverlays::traverseVisibleOverlays([](osg::OverlayPtr&) {});
+        ztOverlays::addOverlays(viewport);
+        ztOverlays::removeOverlays(viewport);
         return allocations - before;
     };
-    EXPECT_GT(allocationsOfAFrame(), 0) << "the first puts the picture into its place";
+    EXPECT_GT(allocationsOfAFrame(), 0) << "the first makes room in the viewport's list";
     EXPECT_EQ(allocationsOfAFrame(), 0);
+}
+
+// What is the image's own isn't counted: a picture comes from the host, and a text's rendering has any size.
+TEST_F(AllocationTest, OverlayTakesFewAllocationsAndLittleMemory)
+{
+    osg::OverlayPtr const source = makePicture(makeImage(20, 10));
+    hold(
+        ztOverlays::duplicateOverlay(osg::NullFC, source)); // makes the shader's text and the list of the image's users
+    long const allocationsBefore = allocations, bytesBefore = allocatedBytes;
+    osg::NodePtr const node = ztOverlays::duplicateOverlay(osg::NullFC, source);
+    EXPECT_LE(allocations - allocationsBefore, 12);
+    EXPECT_LE(allocatedBytes - bytesBefore, 1000);
+    osg::subRef(node);
 }

@@ -1,3 +1,4 @@
+#include "VisibleWalk.h"
 #include "ztOverlayUtils.h"
 
 #include <algorithm>
@@ -14,13 +15,19 @@ bool hasOverlays()
     return getOverlayPoolRoot() != osg::NullFC && !getOverlayPoolRoot()->children.empty();
 }
 
-/// In the order of the visible walk.
-std::vector<osg::ForegroundPtr> visibleForegrounds()
+/// Counts how many entries of each foreground are to be removed: as many as the walk visits it.
+using ForegroundCounts = std::unordered_map<osg::FieldContainer*, std::size_t>;
+
+/// Removes the first entries of each foreground from `first` on.
+void removeFirst(std::vector<osg::ForegroundPtr>& entries, std::ptrdiff_t first, ForegroundCounts& counts)
 {
-    std::vector<osg::ForegroundPtr> foregrounds;
-    foregrounds.reserve(getOverlayPoolRoot()->children.size());
-    traverseVisibleOverlays([&foregrounds](OverlayPtr& overlay) { foregrounds.push_back(overlay->foreground); });
-    return foregrounds;
+    if (counts.empty())
+        return;
+    auto const isToGo = [&counts](osg::ForegroundPtr const& entry) {
+        auto const found = counts.find(entry.get());
+        return found != counts.end() && found->second > 0 && found->second-- > 0;
+    };
+    entries.erase(std::remove_if(entries.begin() + first, entries.end(), isToGo), entries.end());
 }
 
 } // namespace
@@ -29,9 +36,19 @@ void addOverlays(ViewportPtr& viewport)
 {
     if (!hasOverlays() || viewport == osg::NullFC)
         return;
-    std::vector<osg::ForegroundPtr> const added = visibleForegrounds();
     auto& entries = viewport->foregrounds;
-    entries.insert(entries.begin(), added.begin(), added.end());
+    std::size_t const before = entries.size();
+    try
+    {
+        visitVisible(getOverlayPoolRoot().get(),
+                     [&entries](OverlayPtr& overlay) { entries.push_back(overlay->foreground); });
+    }
+    catch (...)
+    {
+        entries.resize(before);
+        throw;
+    }
+    std::rotate(entries.begin(), entries.begin() + std::ptrdiff_t(before), entries.end());
     osg::markChanged(viewport, osg::ViewportBase::ForegroundsFieldMask);
 }
 
@@ -39,27 +56,24 @@ void removeOverlays(ViewportPtr& viewport)
 {
     if (!hasOverlays() || viewport == osg::NullFC)
         return;
-    std::vector<osg::ForegroundPtr> const removed = visibleForegrounds();
     auto& entries = viewport->foregrounds;
-    // Mostly the list begins with them, in their order.
-    auto const [rest, kept] = std::mismatch(removed.begin(), removed.end(), entries.begin(), entries.end());
-    // How many entries of each other foreground are to go: as many as the walk visits it, the first ones.
-    std::unordered_map<osg::FieldContainer*, std::size_t> toRemove;
-    toRemove.reserve(std::size_t(removed.end() - rest));
-    for (auto it = rest; it != removed.end(); ++it)
-        ++toRemove[it->get()];
-    auto const isToGo = [&toRemove](osg::ForegroundPtr const& entry) {
-        auto const found = toRemove.find(entry.get());
-        return found != toRemove.end() && found->second > 0 && found->second-- > 0;
-    };
-    entries.erase(std::remove_if(kept, entries.end(), isToGo), entries.end());
-    entries.erase(entries.begin(), kept);
+    // Mostly the list begins with the visible ones, in their order.
+    std::size_t matching = 0;
+    ForegroundCounts others;
+    visitVisible(getOverlayPoolRoot().get(), [&](OverlayPtr& overlay) {
+        if (others.empty() && matching < entries.size() && entries[matching] == overlay->foreground)
+            ++matching;
+        else
+            ++others[overlay->foreground.get()];
+    });
+    removeFirst(entries, std::ptrdiff_t(matching), others);
+    entries.erase(entries.begin(), entries.begin() + std::ptrdiff_t(matching));
     osg::markChanged(viewport, osg::ViewportBase::ForegroundsFieldMask);
 }
 
 void drawOverlays(osg::DrawActionBase* action, osg::Viewport* viewport)
 {
-    traverseVisibleOverlays([=](OverlayPtr& overlay) { overlay->foreground->draw(action, viewport); });
+    visitVisible(getOverlayPoolRoot().get(), [=](OverlayPtr& overlay) { overlay->foreground->draw(action, viewport); });
 }
 
 } // namespace ztOverlays

@@ -61,7 +61,7 @@ void blendOverlay(OverlayPtr const& overlay, ImagePtr const& target, int width, 
         return;
     osg::Pnt2f const corner = foreground.positions.front();
     ImagePtr const synced = syncImage(overlay);
-    PixelSize const size = overlayPixelSize(*overlay, synced, height);
+    PixelSize const size = overlayPixelSize(*overlay, synced.get(), height);
     osg::Vec3f const texCoord = foreground.texCoords.front();
 
     HeldImage held(shown);

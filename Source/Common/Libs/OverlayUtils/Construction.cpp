@@ -13,16 +13,14 @@ namespace
 
 constexpr osg::UInt32 overlayNodeFlag = 16;
 
-osg::TextureChunkPtr createTextureChunk(osg::ImagePtr const& image)
+void fill(osg::TextureChunkPtr const& chunk, osg::ImagePtr const& image)
 {
-    auto const chunk = osg::create<osg::TextureChunk>();
     chunk->setImage(image);
     chunk->minFilter = 9987; // GL_LINEAR_MIPMAP_LINEAR
     chunk->magFilter = 9729; // GL_LINEAR
     chunk->wrapS = 33071;    // GL_CLAMP_TO_EDGE
     chunk->wrapT = 33071;
     osg::markChanged(chunk, osg::AllFieldsMask);
-    return chunk;
 }
 
 osg::BlendChunkPtr createBlendChunk()
@@ -34,23 +32,20 @@ osg::BlendChunkPtr createBlendChunk()
     return chunk;
 }
 
-osg::ChunkMaterialPtr createMaterial(osg::ImagePtr const& image)
+void fill(osg::ChunkMaterialPtr const& material, osg::TextureChunkPtr const& texture)
 {
-    osg::TextureChunkPtr const texture = createTextureChunk(image);
     osg::BlendChunkPtr const blend = createBlendChunk();
     osg::StateChunkPtr const shader = ztOpenSGExt::createBackplateShader(false, false);
-    auto const material = osg::create<osg::ChunkMaterial>();
     material->addChunk(texture, osg::ChunkMaterial::AutoSlot);
     material->addChunk(blend, osg::ChunkMaterial::AutoSlot);
     material->addChunk(shader, osg::ChunkMaterial::AutoSlot);
     osg::markChanged(material, osg::AllFieldsMask);
-    return material;
 }
 
-osg::PolygonForeground2Ptr createForeground(osg::ChunkMaterialPtr const& material)
+void fill(osg::PolygonForeground2Ptr const& foreground, osg::ChunkMaterialPtr const& material)
 {
-    auto const foreground = osg::create<osg::PolygonForeground2>();
     osg::setRefdCP(foreground->material, material);
+    foreground->texCoords.reserve(4);
     for (osg::Vec3f const& corner : {osg::Vec3f{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}})
         foreground->texCoords.push_back(corner);
     foreground->normalizedX = false;
@@ -61,7 +56,6 @@ osg::PolygonForeground2Ptr createForeground(osg::ChunkMaterialPtr const& materia
     for (osg::Pnt2f const& corner : {osg::Pnt2f{0, 0}, {100, 0}, {100, 100}, {0, 100}})
         foreground->positions.push_back(corner);
     osg::markChanged(foreground, osg::AllFieldsMask);
-    return foreground;
 }
 
 void append(osg::NodePtr const& parent, osg::NodePtr const& child)
@@ -81,8 +75,18 @@ bool isSwitch(osg::NodePtr const& node)
 
 void initOverlay(osg::OverlayPtr overlay)
 {
-    osg::ImagePtr const image = overlay->contentType == osg::Overlay::ContentText ? createBlankImage() : overlay->image;
-    osg::setRefdCP(overlay->foreground, createForeground(createMaterial(image)));
+    // What each update reads is allocated at once, to lie close together in memory.
+    auto const foreground = osg::create<osg::PolygonForeground2>();
+    foreground->positions.reserve(4);
+    auto const material = osg::create<osg::ChunkMaterial>();
+    material->chunks.reserve(3);
+    auto const texture = osg::create<osg::TextureChunk>();
+
+    bool const isText = overlay->contentType == osg::Overlay::ContentText;
+    fill(texture, isText ? createBlankImage() : overlay->image);
+    fill(material, texture);
+    fill(foreground, material);
+    osg::setRefdCP(overlay->foreground, foreground);
     osg::markChanged(overlay, osg::AllFieldsMask);
 }
 

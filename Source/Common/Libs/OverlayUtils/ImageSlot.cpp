@@ -10,21 +10,7 @@ namespace
 
 constexpr int blankSize = 16;
 
-/// Null without chunks.
-osg::TextureChunkPtr slotOf(osg::PolygonForeground2Ptr const& foreground)
-{
-    auto const material = osg::dynamicCast<osg::ChunkMaterial>(foreground->material);
-    return material->chunks.empty() ? osg::TextureChunkPtr()
-                                    : osg::dynamicCast<osg::TextureChunk>(material->chunks.front());
-}
-
 } // namespace
-
-osg::ImagePtr getImage(osg::PolygonForeground2Ptr const& foreground)
-{
-    osg::TextureChunkPtr const slot = slotOf(foreground);
-    return slot != osg::NullFC ? slot->image : osg::ImagePtr();
-}
 
 void setImage(osg::PolygonForeground2Ptr const& foreground, osg::ImagePtr const& image)
 {
@@ -61,11 +47,9 @@ osg::ImagePtr setBlankImage(osg::PolygonForeground2Ptr const& foreground)
 osg::ImagePtr syncImage(osg::OverlayPtr const& overlay)
 {
     osg::ImagePtr const current = getImage(overlay->foreground);
-    bool const isPicture = overlay->contentType != osg::Overlay::ContentText;
-    bool const holdsPicture = overlay->image == current;
-    if (isPicture == holdsPicture)
+    if (isInSync(*overlay, current.get()))
         return current;
-    if (!isPicture)
+    if (overlay->contentType == osg::Overlay::ContentText)
         return setBlankImage(overlay->foreground);
     setImage(overlay->foreground, overlay->image);
     return overlay->image;

@@ -9,8 +9,20 @@
 namespace ztOverlays
 {
 
+/// The chunk that holds the image, null without chunks.
+inline osg::TextureChunkPtr slotOf(osg::PolygonForeground2Ptr const& foreground)
+{
+    auto const material = osg::dynamicCast<osg::ChunkMaterial>(foreground->material);
+    return material->chunks.empty() ? osg::TextureChunkPtr()
+                                    : osg::dynamicCast<osg::TextureChunk>(material->chunks.front());
+}
+
 /// The image in the slot, borrowed. Null without chunks.
-osg::ImagePtr getImage(osg::PolygonForeground2Ptr const& foreground);
+inline osg::ImagePtr getImage(osg::PolygonForeground2Ptr const& foreground)
+{
+    osg::TextureChunkPtr const slot = slotOf(foreground);
+    return slot != osg::NullFC ? slot->image : osg::ImagePtr();
+}
 
 /// Puts an image, which may be null, into the slot and marks the chunk. Without chunks: nothing happens.
 void setImage(osg::PolygonForeground2Ptr const& foreground, osg::ImagePtr const& image);
@@ -30,5 +42,14 @@ osg::ImagePtr setBlankImage(osg::PolygonForeground2Ptr const& foreground);
 /// \return the image in the slot, borrowed. Null for a picture that is null, for a text that has a picture beside an
 ///     empty slot, and for a text without chunks.
 osg::ImagePtr syncImage(osg::OverlayPtr const& overlay);
+
+/// Whether syncImage() has nothing to do.
+/// \param current  the image in the slot
+inline bool isInSync(osg::Overlay const& overlay, osg::Image const* current)
+{
+    bool const isPicture = overlay.contentType != osg::Overlay::ContentText;
+    bool const holdsPicture = overlay.image.get() == current;
+    return isPicture == holdsPicture;
+}
 
 } // namespace ztOverlays

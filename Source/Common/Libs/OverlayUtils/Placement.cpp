@@ -2,9 +2,10 @@
 
 #include "ImageSlot.h"
 #include "OverlayAccess.h"
-#include "ztNumeric.h"
 #include "ztOverlayUtils.h"
 #include "ztPlatform.h"
+
+#include <cmath>
 
 namespace ztOverlays
 {
@@ -45,7 +46,7 @@ PixelRectangle place(PixelSize size, osg::Vec2f anchor, osg::Vec2f offset, int t
 bool isSame(float a, float b)
 {
     constexpr float epsilon = 1e-6f;
-    return a - b <= epsilon && b - a <= epsilon;
+    return std::abs(a - b) <= epsilon;
 }
 
 bool isAt(osg::MField<osg::Pnt2f> const& positions, PixelRectangle const& rectangle)
@@ -56,14 +57,9 @@ bool isAt(osg::MField<osg::Pnt2f> const& positions, PixelRectangle const& rectan
 
 } // namespace
 
-int relativePixelHeight(int targetHeight, float size)
+PixelSize overlayPixelSize(osg::Overlay const& overlay, osg::Image const* image, int targetHeight)
 {
-    return ztNumeric::truncate(float(targetHeight) * size);
-}
-
-PixelSize overlayPixelSize(osg::Overlay const& overlay, osg::ImagePtr const& image, int targetHeight)
-{
-    if (image == osg::NullFC)
+    if (!image)
         return {0.0f, 0.0f};
     PixelSize const imageSize{float(image->width), float(image->height)};
     return overlay.contentType == osg::Overlay::ContentText
@@ -73,13 +69,15 @@ PixelSize overlayPixelSize(osg::Overlay const& overlay, osg::ImagePtr const& ima
 
 void updateOverlayPosition(OverlayPtr const& overlay, int viewportWidth, int viewportHeight)
 {
-    if (overlay == osg::NullFC || overlay->foreground == osg::NullFC)
-        return;
-    ImagePtr const image = syncImage(overlay);
-    PixelSize const size = overlayPixelSize(*overlay, image, viewportHeight);
-    PixelRectangle const corners =
-        place(size, overlay->anchor, scaledByDpi(overlay->offset), viewportWidth, viewportHeight);
-    auto& positions = overlay->foreground->positions;
+    if (overlay != osg::NullFC && overlay->foreground != osg::NullFC)
+        placeOverlay(*overlay, syncImage(overlay).get(), viewportWidth, viewportHeight);
+}
+
+void placeOverlay(osg::Overlay& overlay, osg::Image const* image, int targetWidth, int targetHeight)
+{
+    PixelSize const size = overlayPixelSize(overlay, image, targetHeight);
+    PixelRectangle const corners = place(size, overlay.anchor, scaledByDpi(overlay.offset), targetWidth, targetHeight);
+    auto& positions = overlay.foreground->positions;
     if (isAt(positions, corners))
         return;
     positions.clear();
@@ -87,7 +85,7 @@ void updateOverlayPosition(OverlayPtr const& overlay, int viewportWidth, int vie
     positions.push_back({corners.x1, corners.y0});
     positions.push_back({corners.x1, corners.y1});
     positions.push_back({corners.x0, corners.y1});
-    osg::markChanged(overlay->foreground, osg::PolygonForeground2Base::PositionsFieldMask);
+    osg::markChanged(overlay.foreground, osg::PolygonForeground2Base::PositionsFieldMask);
 }
 
 void updateOverlayPosition(osg::NodePtr const& node, ViewportPtr const& viewport)

@@ -28,9 +28,9 @@ bool render(OverlayPtr const& overlay, int viewportHeight)
     return isDrawn;
 }
 
-bool hasOtherHeight(osg::Overlay const& overlay, ImagePtr const& image, int viewportHeight)
+bool hasOtherHeight(osg::Overlay const& overlay, osg::Image const* image, int viewportHeight)
 {
-    return overlay.sizeMode == osg::Overlay::SizeRelative && image != osg::NullFC &&
+    return overlay.sizeMode == osg::Overlay::SizeRelative && image &&
            relativePixelHeight(viewportHeight, overlay.size) != image->height;
 }
 
@@ -63,11 +63,12 @@ void updateOverlay(OverlayPtr const& overlay, int viewportWidth, int viewportHei
     if (overlay == osg::NullFC)
         return;
     bool const complete = overlay->foreground != osg::NullFC;
-    ImagePtr const image = complete ? getImage(overlay->foreground) : ImagePtr();
+    osg::Image const* const image = complete ? getImage(overlay->foreground).get() : nullptr;
     if (overlay->dirty || !complete || hasOtherHeight(*overlay, image, viewportHeight))
         updateOverlayImage(overlay, viewportWidth, viewportHeight);
     else
-        updateOverlayPosition(overlay, viewportWidth, viewportHeight);
+        placeOverlay(*overlay, isInSync(*overlay, image) ? image : syncImage(overlay).get(), viewportWidth,
+                     viewportHeight);
 }
 
 void updateOverlay(osg::NodePtr const& node, ViewportPtr const& viewport)

@@ -30,6 +30,18 @@ osg::TileCameraDecoratorPtr findTile(osg::CameraPtr const& camera)
     return osg::NullFC;
 }
 
+void getSizeBehindDecorators(osg::Viewport& viewport, int& width, int& height)
+{
+    float const factor = correctionFactor(viewport.camera);
+    osg::TileCameraDecoratorPtr const tile = findTile(viewport.camera);
+    width = tile != osg::NullFC ? tile->fullWidth : viewport.getPixelWidth();
+    height = tile != osg::NullFC ? tile->fullHeight : viewport.getPixelHeight();
+    if (factor > 1.0f)
+        width = ztNumeric::truncate(factor * float(width));
+    else if (factor < 1.0f)
+        height = ztNumeric::truncate(float(height) / factor);
+}
+
 } // namespace
 
 void getViewportSize(ViewportPtr const& viewport, int& width, int& height)
@@ -38,15 +50,10 @@ void getViewportSize(ViewportPtr const& viewport, int& width, int& height)
     height = 0;
     if (viewport == osg::NullFC)
         return;
-
-    float const factor = correctionFactor(viewport->camera);
-    osg::TileCameraDecoratorPtr const tile = findTile(viewport->camera);
-    width = tile != osg::NullFC ? tile->fullWidth : viewport->getPixelWidth();
-    height = tile != osg::NullFC ? tile->fullHeight : viewport->getPixelHeight();
-    if (factor > 1.0f)
-        width = ztNumeric::truncate(factor * float(width));
-    else if (factor < 1.0f)
-        height = ztNumeric::truncate(float(height) / factor);
+    if (osg::dynamicCast<osg::CameraDecorator>(viewport->camera) != osg::NullFC)
+        return getSizeBehindDecorators(*viewport, width, height);
+    width = viewport->getPixelWidth();
+    height = viewport->getPixelHeight();
 }
 
 } // namespace ztOverlays
