@@ -111,7 +111,8 @@ TEST_F(MaterialPoolTest, IsFoundBesideCopiesAndAfterWhatHeldItIsGone)
     expectWhatAWalkFinds(twin, "a copy that has the pool");
     twin->setCore(osg::NullFC);
     makeNode(pool, twin);
-    expectWhatAWalkFinds(twin, "which gave it up");
+    makeNode(pool, twin);
+    expectWhatAWalkFinds(twin, "which gave it up, and has two below");
     copy->subChild(poolNode);
     expectWhatAWalkFinds(other, "the copy has it no more");
 }
