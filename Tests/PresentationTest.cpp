@@ -44,11 +44,14 @@ TEST_F(PresentationTest, FindsTheNameOfNodeElseCoreElseTypeInTheOrderOfTheWalk)
 class DrawingTest : public SceneTest, public osg::DrawActionBase
 {
   public:
+    void beginFrame() override { drawn.push_back(osg::NullFC); }
+    void endFrame() override { drawn.push_back(osg::NullFC); }
     void drawPolygon(osg::TexturedPolygon const& polygon, osg::Viewport&) override
     {
         drawn.push_back(polygon.material);
     }
 
+    /// Null where a frame begins or ends.
     std::vector<osg::MaterialPtr> drawn;
 };
 
@@ -87,8 +90,9 @@ TEST_F(DrawingTest, VisibleOverlaysAreAddedRemovedAndDrawn)
     ztOverlays::drawOverlays(this, viewport.get());
     viewport->foregrounds = {c, x, b, osg::NullFC};
     viewport->render(this);
-    // Visibility counts for drawOverlays alone, active for the viewport alone.
-    EXPECT_EQ(drawn, (std::vector{a->material, c->material, x->material, b->material}));
+    // Visibility counts for drawOverlays alone, active and frames for the viewport alone.
+    osg::MaterialPtr const edge;
+    EXPECT_EQ(drawn, (std::vector{a->material, c->material, edge, x->material, b->material, edge}));
 
     makeNode(cores[2], root);
     viewport->foregrounds = {c, x, c, c};

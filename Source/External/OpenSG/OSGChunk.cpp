@@ -62,4 +62,11 @@ void TextureChunk::changed(BitVector mask, UInt32 origin)
         ++_imageRevision;
 }
 
+void ShaderChunk::changed(BitVector mask, UInt32 origin)
+{
+    ShaderChunkBase::changed(mask, origin);
+    if (mask & (VertexProgramFieldMask | FragmentProgramFieldMask))
+        ++_sourceRevision;
+}
+
 } // namespace osg

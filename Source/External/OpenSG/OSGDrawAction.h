@@ -26,8 +26,33 @@ class DrawActionBase
   public:
     virtual ~DrawActionBase() = default;
 
-    /// Draws a polygon with its material into a viewport.
+    /// Begins and ends a frame: polygons of any number of viewports that are drawn together. Each beginning has its
+    /// end, also if something is thrown in between; see DrawFrame. Frames lie within each other where a host's frame
+    /// holds Viewport::render(), which has one of its own: the outermost counts. The defaults do nothing.
+    virtual void beginFrame() {}
+    virtual void endFrame() {}
+
+    /// Draws a polygon with its material into a viewport: at the latest at the end of the frame, at once outside one.
     virtual void drawPolygon(TexturedPolygon const& polygon, Viewport& viewport) = 0;
+};
+
+/// A frame as a scope.
+///
+/// \code
+/// osg::DrawFrame const frame(action);
+/// ztOverlays::drawOverlays(&action, viewport);
+/// \endcode
+class DrawFrame
+{
+  public:
+    /// \param action  borrowed until the end of the scope
+    explicit DrawFrame(DrawActionBase& action) : _action(action) { _action.beginFrame(); }
+    DrawFrame(DrawFrame const&) = delete;
+    DrawFrame& operator=(DrawFrame const&) = delete;
+    ~DrawFrame() { _action.endFrame(); }
+
+  private:
+    DrawActionBase& _action;
 };
 
 } // namespace osg

@@ -21,4 +21,31 @@ bool ChunkMaterial::addChunk(StateChunkPtr const& chunk, Int32 slot)
     return true;
 }
 
+namespace
+{
+
+template <class T>
+void keepFirst(T*& chunk, FieldContainerType const& type, StateChunkPtr const& candidate)
+{
+    if (!chunk && type.isDerivedFrom(T::getClassType()))
+        chunk = static_cast<T*>(candidate.get());
+}
+
+} // namespace
+
+DrawChunks drawChunksOf(MaterialPtr const& material)
+{
+    DrawChunks chunks;
+    if (material == NullFC || !material->getType().isDerivedFrom(ChunkMaterial::getClassType()))
+        return chunks;
+    for (StateChunkPtr const& chunk : static_cast<ChunkMaterial*>(material.get())->chunks)
+    {
+        FieldContainerType const& type = chunk->getType();
+        keepFirst(chunks.texture, type, chunk);
+        keepFirst(chunks.blend, type, chunk);
+        keepFirst(chunks.shader, type, chunk);
+    }
+    return chunks;
+}
+
 } // namespace osg

@@ -43,4 +43,15 @@ class OPENSG_EXPORT ChunkMaterial : public ChunkMaterialBase
 
 using ChunkMaterialPtr = FCPtr<ChunkMaterial>;
 
+/// The chunks of a material that a renderer reads, borrowed; null where there is none of a kind.
+struct DrawChunks
+{
+    TextureChunk* texture = nullptr;
+    BlendChunk* blend = nullptr;
+    ShaderChunk* shader = nullptr;
+};
+
+/// The first chunk of each kind. All are null if the material is null or no osg::ChunkMaterial.
+OPENSG_EXPORT DrawChunks drawChunksOf(MaterialPtr const& material);
+
 } // namespace osg

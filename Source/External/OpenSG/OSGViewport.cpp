@@ -1,5 +1,7 @@
 #include "OSGViewport.h"
 
+#include "OSGDrawAction.h"
+
 #include <cmath>
 
 namespace osg
@@ -48,6 +50,7 @@ LayoutArea Viewport::getLayoutArea()
 
 void Viewport::render(DrawActionBase* action)
 {
+    DrawFrame const frame(*action);
     for (ForegroundPtr const& foreground : foregrounds)
         if (foreground != NullFC && foreground->active)
             foreground->draw(action, this);

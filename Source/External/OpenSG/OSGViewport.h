@@ -47,7 +47,8 @@ class OPENSG_EXPORT Viewport : public ViewportBase
     /// camera's `aspect` if that is above 1 and higher by its inverse if it is below, cut to whole pixels.
     LayoutArea getLayoutArea();
 
-    /// Draws the active foregrounds in list order; null entries are passed over. The action must not be null.
+    /// Draws the active foregrounds in list order, as a frame of the action, which must not be null; null entries are
+    /// passed over.
     void render(DrawActionBase* action);
 
   protected:
