@@ -1,54 +1,18 @@
 // Overlays drawn with OpenGL into an image, against the same overlays stamped onto one. In both profiles,
 // without a window.
+#include "SurfacelessContext.h"
 #include "TestSupport.h"
 
 #include "OSGOpenGLDrawAction.h"
 #include "ztOpenSGExt.h"
 
-#include <epoxy/egl.h>
-#include <epoxy/gl.h>
-
 #include <cmath>
 #include <cstdlib>
 #include <random>
+#include <stdexcept>
 
 namespace
 {
-
-/// An OpenGL context without a surface, current from its start on.
-class SurfacelessContext
-{
-  public:
-    explicit SurfacelessContext(bool isES)
-    {
-        _display = eglGetPlatformDisplayEXT(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
-        if (!eglInitialize(_display, nullptr, nullptr))
-            return;
-        eglBindAPI(isES ? EGL_OPENGL_ES_API : EGL_OPENGL_API);
-        EGLint const attributes[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, isES ? 0 : 3, EGL_NONE};
-        _context = eglCreateContext(_display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, attributes);
-        makeCurrent();
-    }
-
-    ~SurfacelessContext() { eglDestroyContext(_display, _context); }
-
-    bool isThere() const { return _context != EGL_NO_CONTEXT; }
-    void makeCurrent() const { eglMakeCurrent(_display, EGL_NO_SURFACE, EGL_NO_SURFACE, _context); }
-    void leave() const { eglMakeCurrent(_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT); }
-
-  private:
-    EGLDisplay _display;
-    EGLContext _context = EGL_NO_CONTEXT;
-};
-
-/// A new object of OpenGL.
-template <class Generate>
-GLuint make(Generate const& generate)
-{
-    GLuint name = 0;
-    generate(1, &name);
-    return name;
-}
 
 /// The parameter: whether the profile is ES.
 class OpenGLTest : public SceneTest, public testing::WithParamInterface<bool>
@@ -131,6 +95,25 @@ class OpenGLTest : public SceneTest, public testing::WithParamInterface<bool>
         return frame;
     }
 
+    /// Any premultiplied pixels.
+    osg::ImagePtr makeNoise(int width, int height)
+    {
+        osg::ImagePtr const noise = makeImage(width, height);
+        for (auto pixel = noise->pixels.begin(); pixel != noise->pixels.end(); pixel += 4)
+        {
+            pixel[3] = osg::UInt8(random() % 256);
+            std::generate_n(pixel, 3, [&] { return osg::UInt8(random() % (pixel[3] + 1u)); });
+        }
+        return noise;
+    }
+
+    osg::UInt64 uploadsOf(std::function<void()> const& work)
+    {
+        osg::UInt64 const before = action.getNumUploads();
+        work();
+        return action.getNumUploads() - before;
+    }
+
     osg::OverlayPtr makeSquare(int size, std::array<int, 4> pixel = {255, 255, 255, 255})
     {
         return makePicture(makeImage(size, size, pixel), float(size));
@@ -148,6 +131,7 @@ class OpenGLTest : public SceneTest, public testing::WithParamInterface<bool>
     SurfacelessContext context{GetParam()};
     osg::OpenGLDrawAction action;
     GLuint framebuffer = 0, target = 0;
+    std::mt19937 random{1};
 };
 
 INSTANTIATE_TEST_SUITE_P(Profiles, OpenGLTest, testing::Values(false, true),
@@ -170,7 +154,6 @@ int difference(osg::ImagePtr const& a, osg::ImagePtr const& b)
 
 TEST_P(OpenGLTest, UnscaledOverlaysAgreeWithTheStamp)
 {
-    std::mt19937 random(1);
     osg::OverlayPtr const label = makeLabel();
     for (int alpha : {255, 100, 10, 0})
     {
@@ -191,39 +174,57 @@ TEST_P(OpenGLTest, UnscaledOverlaysAgreeWithTheStamp)
     }
 }
 
-TEST_P(OpenGLTest, ScaledPicturesResembleTheStamp)
+TEST_P(OpenGLTest, ScaledPicturesEqualTheStamp)
 {
-    // A disc with an edge a pixel wide before colours that change slowly.
-    osg::ImagePtr const picture = makeImage(240, 160), frame = makeFrame(500, 350, 255);
-    for (std::size_t i = 0; i < picture->pixels.size(); ++i)
+    osg::ImagePtr const disc = makeImage(96, 64), checkers = makeImage(96, 64), frame = makeFrame(420, 300, 255);
+    for (std::size_t i = 0; i < disc->pixels.size(); ++i)
     {
-        double const x = double(i / 4 % 240), y = double(i / 960);
-        double const disc = std::clamp(60.5 - std::hypot(x - 120, y - 80), 0.0, 1.0);
-        double const alpha = 100 + 155 * disc,
-                     color = 0.5 + 0.5 * std::sin(x * 0.05 + double(i % 4)) * std::cos(y * 0.06);
-        picture->pixels[i] = osg::UInt8(i % 4 == 3 ? alpha : alpha * color);
+        std::size_t const x = i / 4 % 96, y = i / 4 / 96;
+        double const alpha = 100 + 155 * std::clamp(24.5 - std::hypot(double(x) - 48, double(y) - 32), 0.0, 1.0);
+        disc->pixels[i] = osg::UInt8(i % 4 == 3 ? alpha : alpha * (0.5 + 0.5 * std::sin(double(x + i % 4 * y) * 0.05)));
+        checkers->pixels[i] = (x + y) % 2 ? 255 : 0;
     }
-    osg::OverlayPtr const overlay = makePicture(picture);
-    for (float size : {320.9f, 200.0f, 120.7f, 80.2f, 33.3f, 20.6f})
+    for (auto const& [name, picture] : {std::pair{"disc", disc}, {"checkers", checkers}, {"noise", makeNoise(96, 64)}})
     {
-        overlay->size = size;
-        overlay->offset = {size / 20.5f, size / 17};
-        osg::ImagePtr const stamped = stampOver(frame, overlay), drawn = drawOver(frame, {overlay});
-        double squares = 0, covered = 0;
-        for (std::size_t i = 0; i < frame->pixels.size(); ++i)
+        osg::OverlayPtr const overlay = makePicture(picture);
+        auto const draw = [&] { drawOver(frame, {overlay}); };
+        for (float size : {2.0f, 3.3f, 20.6f, 33.3f, 63.9f, 64.8f, 80.2f, 133.3f, 256.0f})
         {
-            squares += std::pow(drawn->pixels[i] - stamped->pixels[i], 2);
-            covered += frame->pixels[i] != stamped->pixels[i];
+            overlay->size = size;
+            overlay->offset = {size / 20.5f, size / 17};
+            osg::ImagePtr const stamped = stampOver(frame, overlay);
+            EXPECT_EQ(uploadsOf([&] { EXPECT_LE(difference(drawOver(frame, {overlay}), stamped), 1); }), 1u);
+            EXPECT_GT(difference(frame, stamped), 50) << name << ' ' << size;
+            EXPECT_EQ(uploadsOf(draw), 0u) << name << ' ' << size;
         }
-        double const most = 255.0 * 255.0 / std::pow(10, 3.5); // a peak signal-to-noise ratio of 35 dB
-        EXPECT_LE(squares / covered, most) << size;
+        for (float size : {64.8f, 80.2f, 133.3f, 256.0f})
+        {
+            overlay->size = size;
+            EXPECT_EQ(uploadsOf(draw), 0u) << "as in another viewport: " << size;
+        }
+        std::rotate(picture->pixels.begin(), picture->pixels.begin() + 4, picture->pixels.end());
+        osg::markChanged(picture, osg::Image::PixelsFieldMask);
+        EXPECT_LE(difference(drawOver(frame, {overlay}), stampOver(frame, overlay)), 1) << name << " changed";
+        EXPECT_EQ(uploadsOf(draw), 0u) << name;
     }
+}
+
+TEST_P(OpenGLTest, PicturesLargerThanATextureAreFiltered)
+{
+    GLint most;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &most);
+    osg::OverlayPtr const overlay = makePicture(makeNoise(2, 2), float(most + 1));
+    auto const [red, green, blue, alpha] = pixelAt(overlay->image, 0, 0);
+    osg::ImagePtr const drawn = drawOver(makeImage(8, 8), {overlay});
+    EXPECT_NEAR(pixelAt(drawn, 1, 1)[3], alpha, 1);
+    EXPECT_NEAR(pixelAt(drawn, 1, 1)[0], red, 1);
+    EXPECT_EQ(action.getNumUploads(), 1u);
 }
 
 TEST_P(OpenGLTest, AssembledTilesEqualTheWhole)
 {
     constexpr int width = 240, height = 160, columns = 3, rows = 2;
-    osg::OverlayPtr const label = makeLabel(), picture = makePicture(makeImage(7, 5, {0, 90, 30, 120}), 31);
+    osg::OverlayPtr const label = makeLabel(), picture = makePicture(makeNoise(7, 5), 31);
     picture->offset = {70.3f, 60.6f};
     osg::ImagePtr const frame = makeImage(width, height), whole = drawOver(frame, {label, picture});
 
@@ -281,14 +282,14 @@ TEST_P(OpenGLTest, UploadsFollowTheImage)
         osg::markChanged(text, osg::Overlay::TextFieldMask);
     };
     auto const uploads = [&](int frames, std::function<void(int)> const& change) {
-        osg::UInt64 const before = action.getNumUploads();
-        for (int frame = 0; frame < frames; ++frame)
-        {
-            change(frame);
-            ztOverlays::updateAllOverlays(viewport);
-            ztOverlays::drawOverlays(&action, viewport.get());
-        }
-        return action.getNumUploads() - before;
+        return uploadsOf([&] {
+            for (int frame = 0; frame < frames; ++frame)
+            {
+                change(frame);
+                ztOverlays::updateAllOverlays(viewport);
+                ztOverlays::drawOverlays(&action, viewport.get());
+            }
+        });
     };
     EXPECT_EQ(uploads(1, write), 2u);
     EXPECT_EQ(uploads(1000, [](int) {}), 0u);
@@ -331,6 +332,17 @@ TEST_P(OpenGLTest, ObjectsGoWithTheirChunksAndWithRelease)
     EXPECT_EQ(countObjects(), (std::array{1, 0, 0, 0}));
     EXPECT_EQ(pixelAt(drawOver(frame, {staying}), 0, 0)[0], 255) << "all made anew";
 }
+
+/// Can't be drawn.
+class FailingForeground : public osg::PolygonForeground2
+{
+    OSG_CONTAINER(FailingForeground)
+
+  public:
+    void draw(osg::DrawActionBase*, osg::Viewport*) override { throw std::runtime_error("can't draw"); }
+};
+
+OSG_CONTAINER_TYPE(FailingForeground, PolygonForeground2);
 
 /// All that the context tells of its state: the first values of every parameter of OpenGL 4.5, and 0 for other numbers.
 std::vector<std::array<GLint, 4>> readState()
@@ -409,17 +421,103 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
     EXPECT_EQ(changeSince(atUnit0), 0u);
     EXPECT_TRUE(GetParam() || glIsEnabledi(GL_BLEND, 1));
     EXPECT_EQ(difference(readBack(64, 48), expected), 0);
+
+    // A frame of several viewports that fails before its end.
+    viewport->foregrounds = {label->foreground, label->foreground, hold(osg::create<FailingForeground>())};
+    osg::UInt64 const draws = action.getNumDraws();
+    auto const drawFrame = [&] {
+        osg::DrawFrame const drawn(action);
+        label->foreground->draw(&action, makeViewport(10, 20).get());
+        viewport->render(&action);
+    };
+    EXPECT_THROW(drawFrame(), std::runtime_error);
+    EXPECT_EQ(changeSince(atUnit0), 0u);
+    EXPECT_EQ(action.getNumDraws(), draws + 3) << "what came before the failure";
+}
+
+TEST_P(OpenGLTest, AFrameShowsWhatItsPolygonsShowOneByOne)
+{
+    osg::ImagePtr const frame = makeFrame(64, 32, 255);
+    osg::ViewportPtr const viewport = makeViewport(32, 32);
+    // What is drawn changes or goes before the frame ends.
+    auto const drawAll = [&] {
+        osg::OverlayPtr const square = makeSquare(20, {200, 0, 0, 255}), label = makeLabel();
+        osg::PolygonForeground2Ptr const foreground = square->foreground;
+        auto const draw = [&](osg::OverlayPtr const& overlay, int left) {
+            viewport->pixelLeft = left;
+            overlay->foreground->draw(&action, viewport.get());
+        };
+        auto const show = [&](osg::OverlayPtr const& overlay, int left) {
+            ztOverlays::updateOverlay(overlay, 32, 32);
+            draw(overlay, left);
+        };
+        show(square, 0);
+        for (int value : {50, 100})
+        {
+            std::fill(square->image->pixels.begin(), square->image->pixels.end(), osg::UInt8(value));
+            osg::markChanged(square->image, osg::Image::PixelsFieldMask);
+            square->size += 5; // resampled
+            show(square, value / 2);
+        }
+        chunkOf<osg::BlendChunk>(square, 1)->destFactor = GL_ONE;
+        foreground->positions[2].x -= 9; // a quadrangle that the chunk's filters draw
+        textureOf(square)->minFilter = GL_LINEAR_MIPMAP_LINEAR;
+        draw(square, 3);
+        for (std::string const gray : {"0.3", "0.6"})
+        {
+            chunkOf<osg::ShaderChunk>(square, 2)->fragmentProgram =
+                "out lowp vec4 color; void main() { color = vec4(" + gray + "); }";
+            osg::markChanged(chunkOf<osg::ShaderChunk>(square, 2), osg::ShaderChunk::FragmentProgramFieldMask);
+            draw(square, 9);
+        }
+        foreground->positions.resize(2);
+        draw(square, 0);
+        for (int i = 0; i < 3; ++i)
+        {
+            osg::NodePtr const going = ztOverlays::createOverlay(osg::NullFC);
+            osg::addRef(going);
+            overlayOf(going)->contentType = osg::Overlay::ContentImage;
+            osg::setRefdCP(overlayOf(going)->image, makeNoise(5, 5));
+            overlayOf(going)->offset.x = 5.0f * float(i);
+            show(overlayOf(going), 0);
+            osg::subRef(going);
+        }
+        show(label, 32);
+    };
+    osg::ImagePtr shown[2];
+    for (bool inFrame : {false, true})
+    {
+        random.seed(3);
+        startFrom(frame);
+        osg::UInt64 const draws = action.getNumDraws();
+        if (inFrame)
+        {
+            osg::DrawFrame const whole(action);
+            viewport->render(&action); // a frame within, of none
+            drawAll();
+            EXPECT_EQ(action.getNumDraws(), draws) << "nothing is drawn before the end";
+            EXPECT_EQ(difference(readBack(64, 32), frame), 0);
+        }
+        else
+            drawAll();
+        EXPECT_EQ(action.getNumDraws(), draws + 10);
+        EXPECT_NE(action.takeFailure().find("corners"), std::string::npos);
+        shown[inFrame] = readBack(64, 32);
+    }
+    EXPECT_EQ(difference(shown[0], shown[1]), 0);
+    EXPECT_GT(difference(shown[0], frame), 50);
 }
 
 TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
 {
-    // A picture of black and white, above it gray, four times as large.
+    // A picture of black and white, above it gray, four times as large, and by a hair not shown as a whole.
     osg::ImagePtr const image = makeImage(2, 2, {100, 100, 100, 255}), frame = makeImage(8, 8, {100, 100, 100, 255});
     std::fill_n(&image->pixels[0], 3, 0);
     std::fill_n(&image->pixels[4], 4, 255);
     osg::OverlayPtr const overlay = makePicture(image, 8);
     osg::TextureChunkPtr const texture = textureOf(overlay);
     osg::BlendChunkPtr const blend = chunkOf<osg::BlendChunk>(overlay, 1);
+    overlay->foreground->texCoords[2].x = 1.0f - 1e-6f;
     auto const column = [&](int x) { return pixelAt(drawOver(frame, {overlay}), x, 0)[0]; };
 
     EXPECT_NEAR(column(3), 255 * 3 / 8, 2) << "linear";
@@ -436,6 +534,7 @@ TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
 
     // Eight texels a pixel in stripes: a mipmap evens them out, the nearest texel doesn't.
     osg::OverlayPtr const striped = makePicture(makeImage(64, 64, {0, 0, 0, 255}), 8);
+    striped->foreground->texCoords[2].x = 1.0f - 1e-6f;
     for (std::size_t i = 0; i < striped->image->pixels.size(); i += 8)
         std::fill_n(&striped->image->pixels[i], 4, 255);
     auto const gray = [&] { return pixelAt(drawOver(frame, {striped}), 3, 1)[0]; };
@@ -457,6 +556,11 @@ TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
             osg::dynamicCast<osg::ShaderChunk>(other)->fragmentProgram;
         EXPECT_NEAR(pixelAt(drawOver(makeImage(8, 8), {square}), 1, 1)[0], expected, 1) << straightAlpha << opaque;
     }
+    osg::ShaderChunkPtr const shader = chunkOf<osg::ShaderChunk>(square, 2);
+    std::string& source = shader->fragmentProgram;
+    source.replace(source.find("1.0;"), 3, "0.5");
+    osg::markChanged(shader, osg::ShaderChunk::FragmentProgramFieldMask);
+    EXPECT_NEAR(pixelAt(drawOver(makeImage(8, 8), {square}), 1, 1)[0], 32, 1) << "sources of the same length";
 }
 
 TEST_P(OpenGLTest, OnlyWholeRectanglesLieOnWholePixels)
@@ -471,6 +575,10 @@ TEST_P(OpenGLTest, OnlyWholeRectanglesLieOnWholePixels)
         overlay->image->pixels[i] = i / 4 % 8 < 4 && i % 4 < 3 ? 0 : 255;
     overlay->foreground->texCoords[1].x = overlay->foreground->texCoords[2].x = 0.5f;
     EXPECT_NEAR(pixelAt(render(viewport, frame), 7, 0)[0], 64, 20) << "a linear mixture";
+    // The whole picture, its sides and its diagonal exchanged: black is the lower half.
+    auto& texCoords = static_cast<std::vector<osg::Vec3f>&>(overlay->foreground->texCoords);
+    texCoords = {{0, 0, 0}, {0, 1, 0}, {1, 1, 0}, {1, 0, 0}};
+    EXPECT_EQ(pixelAt(render(viewport, frame), 7, 1)[0], 0);
     // A triangle whose third corner is close to its first.
     std::fill(overlay->image->pixels.begin(), overlay->image->pixels.end(), 255);
     osg::markChanged(overlay->image, osg::Image::PixelsFieldMask);
@@ -493,32 +601,53 @@ TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
         {"limit", [&](O o) { textureOf(o)->setImage(makeImage(most + 1, 1)); }},
         {"compile", [](O o) { chunkOf<osg::ShaderChunk>(o, 2)->fragmentProgram = "void main() { broken }"; }},
         {"link", [](O o) { chunkOf<osg::ShaderChunk>(o, 2)->vertexProgram = "out int imagePoint; void main() {}"; }},
+        {"OpenGL error",
+         [](O o) {
+             chunkOf<osg::ShaderChunk>(o, 2)->fragmentProgram =
+                 "precision highp float; uniform sampler2D image; uniform samplerCube other; out vec4 color;"
+                 "void main() { color = texture(image, vec2(0)) + texture(other, vec3(1)); }";
+         }},
+        {"OpenGL error",
+         [](O o) {
+             std::string& source = chunkOf<osg::ShaderChunk>(o, 2)->vertexProgram;
+             source = "uniform float pixelsToClip; out vec2 imagePoint; void main() { gl_Position = vec4(pixelsToClip);"
+                      "imagePoint = vec2(0); }";
+         }},
         {"OpenGL error", [](O o) { textureOf(o)->wrapS = 12345; }},
         {"OpenGL error", [](O o) { chunkOf<osg::BlendChunk>(o, 1)->srcFactor = 7; }},
         {"OpenGL error", [](O) { glBindFramebuffer(GL_FRAMEBUFFER, 0); }},
         {"shows nothing", [&](O) { viewport->pixelWidth = 0; }},
+        {"shows nothing",
+         [&](O) {
+             osg::setRefdCP(viewport->camera, createTile(8, 8));
+             viewport->pixelWidth = -8;
+         }},
         {"corners", [](O o) { o->foreground->positions.resize(2); }},
         {"corners", [](O o) { o->foreground->texCoords.resize(3); }},
         {"no OpenGL context", [this](O) { context.leave(); }},
     };
     osg::ImagePtr const frame = makeImage(8, 8);
     for (auto const& [reason, spoil] : spoilers)
-    {
-        viewport = makeViewport(8, 8);
-        osg::OverlayPtr const overlay = makeSquare(8), good = makeSquare(4);
-        drawOver(frame, {overlay, good});
-        osg::UInt64 const draws = action.getNumDraws();
-        startFrom(frame);
-        spoil(overlay);
-        overlay->foreground->draw(&action, viewport.get());
-        context.makeCurrent();
-        EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR)) << reason;
-        glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
-        good->foreground->draw(&action, makeViewport(8, 8).get());
-        EXPECT_EQ(action.getNumDraws(), draws + 1) << reason;
-        EXPECT_NE(action.takeFailure().find(reason), std::string::npos) << reason;
-        EXPECT_EQ(difference(readBack(8, 8), stampOver(frame, good)), 0) << reason;
-    }
+        for (bool inFrame : {false, true})
+        {
+            viewport = makeViewport(8, 8);
+            osg::OverlayPtr const overlay = makeSquare(8), good = makeSquare(4);
+            drawOver(frame, {overlay, good});
+            osg::UInt64 const draws = action.getNumDraws();
+            startFrom(frame);
+            auto whole = inFrame ? std::make_unique<osg::DrawFrame>(action) : nullptr;
+            spoil(overlay);
+            overlay->foreground->draw(&action, viewport.get());
+            context.makeCurrent();
+            EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR)) << reason;
+            glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+            good->foreground->draw(&action, makeViewport(8, 8).get());
+            whole.reset();
+            EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR)) << reason;
+            EXPECT_EQ(action.getNumDraws(), draws + 1) << reason;
+            EXPECT_NE(action.takeFailure().find(reason), std::string::npos) << reason;
+            EXPECT_EQ(difference(readBack(8, 8), stampOver(frame, good)), 0) << reason;
+        }
     SurfacelessContext const other(GetParam());
     makeSquare(8)->foreground->draw(&action, viewport.get());
     context.leave();

@@ -171,6 +171,7 @@ void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& ti
     viewport->pixelWidth = tile.width();
     viewport->pixelHeight = tile.height();
     ztOverlays::updateAllOverlays(viewport);
+    osg::DrawFrame const frame(action);
     ztOverlays::drawOverlays(&action, viewport.get());
     osg::subRef(viewport);
 }

@@ -28,7 +28,7 @@ void main()
 {
     color = texture(image, imagePoint);
 #ifndef STRAIGHT_ALPHA
-    color.rgb = color.a > 0.0 ? color.rgb / color.a : vec3(0.0);
+    color.rgb *= color.a > 0.0 ? 1.0 / color.a : 0.0;
 #endif
 #ifdef OPAQUE
     color.a = 1.0;

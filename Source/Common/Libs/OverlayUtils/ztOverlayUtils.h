@@ -160,7 +160,7 @@ ZTOVERLAYUTILS_EXPORT void addOverlays(ViewportPtr& viewport);
 ZTOVERLAYUTILS_EXPORT void removeOverlays(ViewportPtr& viewport);
 
 /// Draws the foregrounds of the visible overlays, active or not, in the order of traverseVisibleOverlays(). Neither
-/// pointer may be null.
+/// pointer may be null. It opens no frame: an osg::DrawFrame of the caller's around it makes it one.
 ZTOVERLAYUTILS_EXPORT void drawOverlays(osg::DrawActionBase* action, osg::Viewport* viewport);
 
 /// \}

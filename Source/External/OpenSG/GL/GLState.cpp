@@ -1,7 +1,5 @@
 #include "GLState.h"
 
-#include <dlfcn.h>
-
 namespace osg
 {
 
@@ -13,18 +11,6 @@ GLint get(GLenum parameter)
     GLint value = 0;
     glGetIntegerv(parameter, &value);
     return value;
-}
-
-/// What a function without arguments returns, null if its library isn't in the process.
-void* ask(char const* library, char const* function)
-{
-    void* const handle = dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
-    if (!handle)
-        return nullptr;
-    auto const getContext = reinterpret_cast<void* (*)()>(dlsym(handle, function));
-    void* const context = getContext ? getContext() : nullptr;
-    dlclose(handle);
-    return context;
 }
 
 constexpr GLint plainUnpack[] = {4, 0, 0, 0};
@@ -58,23 +44,9 @@ void setEnabled(GLVersion const& version, GLenum capability, bool enabled)
 
 } // namespace
 
-// libepoxy ends the process where a function is called without a context, so it can't be asked.
-void* getCurrentGLContext()
-{
-    if (void* const context = ask("libEGL.so.1", "eglGetCurrentContext"))
-        return context;
-    void* const context = ask("libGLX.so.0", "glXGetCurrentContext");
-    return context ? context : ask("libGL.so.1", "glXGetCurrentContext");
-}
-
-GLVersion GLVersion::ofCurrentContext()
-{
-    return {epoxy_gl_version(), epoxy_is_desktop_gl()};
-}
-
 void setBlending(GLVersion const& version, Blending const& blending)
 {
-    auto const [sourceColor, destColor, sourceAlpha, destAlpha, colorEquation, alphaEquation] = blending;
+    auto const& [sourceColor, destColor, sourceAlpha, destAlpha, colorEquation, alphaEquation] = blending;
     if (version.number >= (version.isDesktop ? 40 : 32))
     {
         glBlendFuncSeparatei(0, sourceColor, destColor, sourceAlpha, destAlpha);
@@ -95,12 +67,12 @@ void setViewport(GLVersion const& version, GLint left, GLint bottom, GLsizei wid
         glViewport(left, bottom, width, height);
 }
 
-std::size_t GLStateGuard::numAlterations() const
+std::size_t GLHostState::numAlterations() const
 {
     return _version.isDesktop ? std::size(alterations) : firstOfDesktop;
 }
 
-GLStateGuard::GLStateGuard(GLVersion const& version) : _version(version)
+GLHostState::GLHostState(GLVersion const& version) : _version(version)
 {
     for (std::size_t i = 0; i < numAlterations(); ++i)
         if ((_wasEnabled[i] = glIsEnabled(alterations[i])))
@@ -140,7 +112,7 @@ GLStateGuard::GLStateGuard(GLVersion const& version) : _version(version)
     setEnabled(version, GL_BLEND, true);
 }
 
-GLStateGuard::~GLStateGuard()
+void GLHostState::restore() const
 {
     setEnabled(_version, GL_BLEND, _wasBlending);
     setBlending(_version, _blending);

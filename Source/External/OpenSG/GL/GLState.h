@@ -2,7 +2,7 @@
 /// What drawing asks of a context and leaves as it was.
 #pragma once
 
-#include <epoxy/gl.h>
+#include "GLContext.h"
 
 #include <array>
 #include <iterator>
@@ -10,43 +10,24 @@
 namespace osg
 {
 
-/// The context of EGL or GLX that is current on this thread; null for none.
-void* getCurrentGLContext();
-
-/// What a context offers.
-struct GLVersion
-{
-    static GLVersion ofCurrentContext();
-
-    /// OpenGL 3.3 or OpenGL ES 3.0.
-    bool isEnough() const { return number >= (isDesktop ? 33 : 30); }
-
-    /// Ten times the version: 33 for 3.3.
-    int number;
-    bool isDesktop;
-};
-
-/// How colours are blended in the first draw buffer.
-struct Blending
-{
-    GLenum sourceColor, destColor, sourceAlpha, destAlpha, colorEquation, alphaEquation;
-};
+/// How colours are blended in the first draw buffer: the factors of source and destination for colour, then those for
+/// alpha, then the equations for colour and alpha.
+using Blending = std::array<GLenum, 6>;
 
 void setBlending(GLVersion const& version, Blending const& blending);
 
 /// Sets the first viewport.
 void setViewport(GLVersion const& version, GLint left, GLint bottom, GLsizei width, GLsizei height);
 
-/// Keeps drawing and the context's state apart. From its start on nothing alters plain polygons and the upload of plain
-/// bytes, texture unit 0 is active and has no sampler, and blending is on. At its end all that, and what else drawing
-/// touches, is as it was. Where state is kept for each draw buffer or viewport, it touches only the first.
-class GLStateGuard
+/// The state that a context has for its host while overlays are drawn. From the start on nothing alters plain polygons
+/// and the upload of plain bytes, texture unit 0 is active and has no sampler, and blending is on. restore() makes all
+/// that, and what else drawing touches, what it was. Where state is kept for each draw buffer or viewport, only the
+/// first is touched.
+class GLHostState
 {
   public:
-    explicit GLStateGuard(GLVersion const& version);
-    GLStateGuard(GLStateGuard const&) = delete;
-    GLStateGuard& operator=(GLStateGuard const&) = delete;
-    ~GLStateGuard();
+    explicit GLHostState(GLVersion const& version);
+    void restore() const;
 
   private:
     /// What would alter plain polygons or where they are drawn. Those from `firstOfDesktop` on aren't in OpenGL ES 3.0.
