@@ -32,7 +32,8 @@ double secondsOf(std::function<void()> const& work, long runs)
 Cases allCases()
 {
     Cases all;
-    for (Cases const& topic : {textCases(), blendingCases(), scalingCases(), stampingCases(), frameCases()})
+    for (Cases const& topic :
+         {textCases(), blendingCases(), scalingCases(), stampingCases(), drawingCases(), frameCases()})
         all.insert(all.end(), topic.begin(), topic.end());
     return all;
 }

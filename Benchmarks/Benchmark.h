@@ -55,6 +55,7 @@ Sample timed(std::function<void()> const& work, double items = 1.0);
 Sample timedOnce(std::function<void()> const& work, double items = 1.0);
 
 Cases blendingCases();
+Cases drawingCases();
 Cases frameCases();
 Cases scalingCases();
 Cases stampingCases();
