@@ -312,10 +312,11 @@ TEST_F(Window, DragsAnOverlayWithoutRenderingIt)
     osg::OverlayPtr const label = overlayOf("label");
     osg::Pnt2f const before = label->foreground->positions[0];
     std::size_t const renderings = _overlays.renderingCount();
-    mouse(QEvent::MouseButtonPress, {320, 30}, Qt::LeftButton);
-    mouse(QEvent::MouseMove, {250, 40}, Qt::LeftButton);
-    mouse(QEvent::MouseMove, {260.5, 60}, Qt::LeftButton);
-    mouse(QEvent::MouseButtonRelease, {260.5, 60}, Qt::LeftButton);
+    QPointF const on(std::round(before.x) + 3, 293 - std::round(before.y) - 3);
+    mouse(QEvent::MouseButtonPress, on, Qt::LeftButton);
+    mouse(QEvent::MouseMove, on + QPointF(-70, 10), Qt::LeftButton);
+    mouse(QEvent::MouseMove, on + QPointF(-59.5, 30), Qt::LeftButton);
+    mouse(QEvent::MouseButtonRelease, on + QPointF(-59.5, 30), Qt::LeftButton);
     mouse(QEvent::MouseMove, {0, 0});
     shown();
     EXPECT_EQ(label->foreground->positions[0].x, before.x - 59.5f);

@@ -62,11 +62,4 @@ void TextureChunk::changed(BitVector mask, UInt32 origin)
         ++_imageRevision;
 }
 
-void ShaderChunk::changed(BitVector mask, UInt32 origin)
-{
-    ShaderChunkBase::changed(mask, origin);
-    if (mask & (VertexProgramFieldMask | FragmentProgramFieldMask))
-        ++_sourceRevision;
-}
-
 } // namespace osg

@@ -101,15 +101,6 @@ class OPENSG_EXPORT ShaderChunkBase : public StateChunk
 class OPENSG_EXPORT ShaderChunk : public ShaderChunkBase
 {
     OSG_CONTAINER(ShaderChunk)
-
-  public:
-    /// Grows with each change of the sources that is announced.
-    UInt64 getSourceRevision() const { return _sourceRevision; }
-
-    void changed(BitVector mask, UInt32 origin) override;
-
-  private:
-    UInt64 _sourceRevision = 0;
 };
 
 using ShaderChunkPtr = FCPtr<ShaderChunk>;
