@@ -557,9 +557,9 @@ TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
         EXPECT_NEAR(pixelAt(drawOver(makeImage(8, 8), {square}), 1, 1)[0], expected, 1) << straightAlpha << opaque;
     }
     osg::ShaderChunkPtr const shader = chunkOf<osg::ShaderChunk>(square, 2);
-    std::string& source = shader->fragmentProgram;
+    std::string source = shader->fragmentProgram;
     source.replace(source.find("1.0;"), 3, "0.5");
-    osg::markChanged(shader, osg::ShaderChunk::FragmentProgramFieldMask);
+    shader->fragmentProgram = source;
     EXPECT_NEAR(pixelAt(drawOver(makeImage(8, 8), {square}), 1, 1)[0], 32, 1) << "sources of the same length";
 }
 
@@ -609,9 +609,9 @@ TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
          }},
         {"OpenGL error",
          [](O o) {
-             std::string& source = chunkOf<osg::ShaderChunk>(o, 2)->vertexProgram;
-             source = "uniform float pixelsToClip; out vec2 imagePoint; void main() { gl_Position = vec4(pixelsToClip);"
-                      "imagePoint = vec2(0); }";
+             chunkOf<osg::ShaderChunk>(o, 2)->vertexProgram =
+                 "uniform float pixelsToClip; out vec2 imagePoint; void main() { gl_Position = vec4(pixelsToClip);"
+                 "imagePoint = vec2(0); }";
          }},
         {"OpenGL error", [](O o) { textureOf(o)->wrapS = 12345; }},
         {"OpenGL error", [](O o) { chunkOf<osg::BlendChunk>(o, 1)->srcFactor = 7; }},

@@ -78,18 +78,12 @@ GLProgram const& GLPrograms::of(ShaderChunk const& chunk)
     return program;
 }
 
-// The sources are several times as long as all else that drawing a polygon reads: they aren't compared.
-bool GLPrograms::Use::isOf(ShaderChunk const& chunk) const
-{
-    return revision == chunk.getSourceRevision() && vertexLength == chunk.vertexProgram.size() &&
-           fragmentLength == chunk.fragmentProgram.size();
-}
-
 GLProgram& GLPrograms::find(ShaderChunk const& chunk)
 {
     auto const use = _uses.find(&chunk);
     bool const isKnown = use != _uses.end();
-    if (isKnown && use->second.isOf(chunk))
+    if (isKnown && use->second.vertexProgram == chunk.vertexProgram &&
+        use->second.fragmentProgram == chunk.fragmentProgram)
         return use->second.program->second;
 
     auto const [program, isNew] = _programs.try_emplace({chunk.vertexProgram, chunk.fragmentProgram});
@@ -98,8 +92,7 @@ GLProgram& GLPrograms::find(ShaderChunk const& chunk)
     ++program->second.users;
     if (isKnown)
         drop(use->second);
-    _uses[&chunk] = {chunk.getLife(), program, chunk.getSourceRevision(), chunk.vertexProgram.size(),
-                     chunk.fragmentProgram.size()};
+    _uses[&chunk] = {chunk.getLife(), program, chunk.vertexProgram, chunk.fragmentProgram};
     return program->second;
 }
 

@@ -47,13 +47,10 @@ class GLPrograms
 
     struct Use
     {
-        /// Whether the program is still that of the chunk.
-        bool isOf(ShaderChunk const& chunk) const;
-
         std::weak_ptr<void const> life;
         Programs::iterator program;
-        UInt64 revision;
-        std::size_t vertexLength, fragmentLength;
+        /// Those of the program. A chunk that has them shares their text, which isn't compared then.
+        SharedString vertexProgram, fragmentProgram;
     };
 
     GLProgram& find(ShaderChunk const& chunk);

@@ -21,8 +21,8 @@ namespace osg
 /// Polygons and viewports are read and images uploaded in the call of drawPolygon(): they may go or change afterwards.
 ///
 /// It uploads a texture when a change of the chunk's image has been marked since the last upload, or when a resampled
-/// picture changes its size, and at no other time; it compiles a chunk's sources when a change of them has been marked.
-/// It deletes what it made for a chunk at the end of the first frame after the chunk's end.
+/// picture changes its size, and at no other time. It deletes what it made for a chunk at the end of the first frame
+/// after the chunk's end.
 ///
 /// All state that a frame touches is afterwards as it was before; where there is one for each draw buffer or viewport,
 /// it touches only the first. Tests and the like (depth, stencil, scissor, culling, logic operations, conversion to
