@@ -25,10 +25,10 @@ namespace
 {
 
 template <class T>
-void keepFirst(T*& chunk, FieldContainerType const& type, StateChunkPtr const& candidate)
+void keepFirst(T*& chunk, StateChunkPtr const& candidate)
 {
-    if (!chunk && type.isDerivedFrom(T::getClassType()))
-        chunk = static_cast<T*>(candidate.get());
+    if (!chunk)
+        chunk = dynamicCast<T>(candidate).get();
 }
 
 } // namespace
@@ -36,14 +36,14 @@ void keepFirst(T*& chunk, FieldContainerType const& type, StateChunkPtr const& c
 DrawChunks drawChunksOf(MaterialPtr const& material)
 {
     DrawChunks chunks;
-    if (material == NullFC || !material->getType().isDerivedFrom(ChunkMaterial::getClassType()))
+    auto const chunkMaterial = dynamicCast<ChunkMaterial>(material);
+    if (chunkMaterial == NullFC)
         return chunks;
-    for (StateChunkPtr const& chunk : static_cast<ChunkMaterial*>(material.get())->chunks)
+    for (StateChunkPtr const& chunk : chunkMaterial->chunks)
     {
-        FieldContainerType const& type = chunk->getType();
-        keepFirst(chunks.texture, type, chunk);
-        keepFirst(chunks.blend, type, chunk);
-        keepFirst(chunks.shader, type, chunk);
+        keepFirst(chunks.texture, chunk);
+        keepFirst(chunks.blend, chunk);
+        keepFirst(chunks.shader, chunk);
     }
     return chunks;
 }
