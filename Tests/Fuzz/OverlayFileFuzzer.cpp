@@ -1,0 +1,50 @@
+// Overlay files of any bytes: entries as they should be, or one line that names the file.
+#include "FuzzSupport.h"
+#include "OverlayNodes.h"
+#include "Placeholders.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <cmath>
+#include <stdexcept>
+
+using namespace ztFuzz;
+
+namespace
+{
+
+void check(ztExamples::OverlayEntry const& entry)
+{
+    bool const isText = entry.contentType.value_or(0) == osg::Overlay::ContentText;
+    require(isText ? entry.text.has_value() : entry.image.has_value(), "the entry has something to show");
+    require(!entry.text || (ztExamples::expand(*entry.text, {}) && !entry.text->contains(QChar(0))), "texts expand");
+    require(!entry.image || !entry.image->isNull(), "pictures have pixels");
+    require(entry.size.value_or(1.0f) > 0.0f && std::isfinite(entry.size.value_or(1.0f)), "a size is above 0");
+    osg::subRef(ztExamples::createOverlayNode(osg::NullFC, entry));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(osg::UInt8 const* data, std::size_t size)
+{
+    static QTemporaryDir const folder;
+    static bool const hasPicture = QImage(3, 2, QImage::Format_ARGB32).save(folder.filePath("logo.png"));
+    QFile file(folder.filePath("overlays.json"));
+    require(hasPicture && file.open(QIODevice::WriteOnly), "the files are there");
+    file.write(reinterpret_cast<char const*>(data), qint64(size));
+    file.close();
+    try
+    {
+        for (ztExamples::OverlayEntry const& entry : ztExamples::readOverlayFile(file.fileName()))
+            check(entry);
+    }
+    catch (std::runtime_error const& error)
+    {
+        std::string const what = error.what();
+        require(what.rfind(file.fileName().toStdString() + ": ", 0) == 0, "the message begins with the file");
+        require(what.find('\n') == std::string::npos, "the message is one line");
+    }
+    requireNoContainers();
+    return 0;
+}
