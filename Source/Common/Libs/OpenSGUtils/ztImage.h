@@ -13,7 +13,8 @@ namespace ztImage
 ///
 /// Each of the two directions weighs the source's pixels with the filter around the centre of the new pixel. Where the
 /// image shrinks, the filter is widened by the factor. The weights of a pixel sum to 1; at the edges those that fall
-/// outside are left out. Where no weight remains, the nearest pixel is taken. Channels are rounded to the nearest.
+/// outside are left out. Where no weight remains, the nearest pixel is taken. Channels are rounded to the nearest, to
+/// within a thousandth at halves.
 ///
 /// \param source  unchanged, unless it is the destination
 /// \param width,height  the new size in pixels
