@@ -655,4 +655,26 @@ TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
     EXPECT_EQ(action.takeFailure(), "the current OpenGL context isn't the action's") << "the first reason";
 }
 
+TEST_P(OpenGLTest, RecoversFromWhatIsNoFrame)
+{
+    osg::OverlayPtr const before = makeSquare(8), within = makeSquare(8, {0, 200, 0, 255});
+    osg::ImagePtr const frame = makeImage(8, 8), expected = stampOver(frame, within);
+    action.endFrame();
+    EXPECT_EQ(difference(drawOver(frame, {within}), expected), 0) << "an end without a beginning";
+
+    action.release();
+    startFrom(frame);
+    osg::ViewportPtr const viewport = makeViewport(8, 8);
+    {
+        osg::DrawFrame const cut(action);
+        ztOverlays::updateOverlay(before, 8, 8);
+        before->foreground->draw(&action, viewport.get());
+        SurfacelessContext const other(GetParam());
+        within->foreground->draw(&action, viewport.get());
+    }
+    context.makeCurrent();
+    EXPECT_NE(action.takeFailure(), "") << "another context since the frame's beginning";
+    EXPECT_EQ(difference(drawOver(frame, {within}), expected), 0);
+}
+
 } // namespace

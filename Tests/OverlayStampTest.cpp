@@ -273,6 +273,18 @@ TEST_F(OverlayStamp, KeepsAlphaAndMetadata)
     EXPECT_NEAR(stamped("out.JPG").pixelColor(59, 59).red(), 40, 3);
 }
 
+TEST_F(OverlayStamp, ReadsAPipe)
+{
+    writeLabels("");
+    writePicture("frame.png", Qt::darkCyan, {30, 20});
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    QProcess writer;
+    writer.start("sh", {"-c", "cat frame.png >pipe"});
+    EXPECT_EQ(run("--overlays labels.json --quiet --output out.png pipe"), Outcome(0, "", ""));
+    EXPECT_TRUE(writer.waitForFinished());
+    EXPECT_EQ(QImage("out.png"), QImage("frame.png"));
+}
+
 TEST_F(OverlayStamp, KeepsPixelsWhateverTheCompression)
 {
     writeLabels("");

@@ -170,6 +170,11 @@ QByteArray encodePng(QImage const& picture, int compression)
            chunk("IDAT" + compressed(filtered(picture), compression)) + model.right(emptyChunkSize);
 }
 
+bool isJpeg(QByteArray const& format)
+{
+    return format == "jpg" || format == "jpeg";
+}
+
 QByteArray encodeByQt(QImage picture, QByteArray const& format)
 {
     picture = allocated(std::move(picture).mirrored());
@@ -177,6 +182,8 @@ QByteArray encodeByQt(QImage picture, QByteArray const& format)
         picture = allocated(std::move(picture).convertToFormat(QImage::Format_RGB32));
     QBuffer file;
     QImageWriter writer(&file, format);
+    if (isJpeg(format))
+        writer.setQuality(jpegQuality);
     if (!writer.write(picture))
         throw std::runtime_error(writer.errorString().toStdString());
     return file.data();
@@ -196,8 +203,7 @@ QByteArray encode(QImage picture, QByteArray const& format, int pngCompression)
 {
     if (format == "png")
         return encodePng(picture, pngCompression);
-    bool const isJpeg = format == "jpg" || format == "jpeg";
-    QByteArray const file = isJpeg ? encodeJpeg(picture) : QByteArray();
+    QByteArray const file = isJpeg(format) ? encodeJpeg(picture) : QByteArray();
     return file.isEmpty() ? encodeByQt(std::move(picture), format) : file;
 }
 

@@ -25,10 +25,11 @@ bool hasAlpha(QByteArray const& format)
     return !without.contains(format);
 }
 
+/// Null for another format, and for a pipe, which can be read only once.
 QImage readJpeg(QString const& path)
 {
     QFile file(path);
-    bool const isJpeg = file.open(QIODevice::ReadOnly) && file.peek(3) == "\xff\xd8\xff";
+    bool const isJpeg = QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly) && file.peek(3) == "\xff\xd8\xff";
     return isJpeg ? decodeJpeg(file.readAll()) : QImage();
 }
 

@@ -19,8 +19,6 @@ namespace ztExamples
 namespace
 {
 
-constexpr int quality = 95;
-
 using Codec = std::unique_ptr<void, decltype(&tjDestroy)>;
 
 Codec own(tjhandle handle)
@@ -103,7 +101,7 @@ QByteArray encodeJpeg(QImage const& picture)
     unsigned long size = 0;
     int const status =
         tjCompress2(codec.get(), picture.constBits(), picture.width(), picture.bytesPerLine(), picture.height(),
-                    TJPF_RGBX, &bytes, &size, TJSAMP_420, quality, TJFLAG_BOTTOMUP | TJFLAG_ACCURATEDCT);
+                    TJPF_RGBX, &bytes, &size, TJSAMP_420, jpegQuality, TJFLAG_BOTTOMUP | TJFLAG_ACCURATEDCT);
     std::unique_ptr<uchar, decltype(&tjFree)> const owner(bytes, tjFree);
     if (status != 0)
         return QByteArray();

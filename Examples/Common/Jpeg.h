@@ -8,6 +8,8 @@
 namespace ztExamples
 {
 
+constexpr int jpegQuality = 95;
+
 /// The pixels of a file in the layout of an osg::Image, see toPixels(), with the metadata that Qt reads.
 /// \return a null image if this is no JPEG file in colour, whole and upright
 QImage decodeJpeg(QByteArray const& file);

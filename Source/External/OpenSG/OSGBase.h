@@ -101,12 +101,23 @@ class SharedString
         return *this = str().empty() ? added : SharedString(str() + added.str());
     }
 
+    bool empty() const { return str().empty(); }
+
     friend bool operator==(SharedString const& a, SharedString const& b)
     {
         return a._text == b._text || a.str() == b.str();
     }
-    friend bool operator==(SharedString const& a, std::string const& b) { return a.str() == b; }
-    friend bool operator==(std::string const& a, SharedString const& b) { return a == b.str(); }
+    friend bool operator!=(SharedString const& a, SharedString const& b) { return !(a == b); }
+    template <class Text>
+    friend bool operator==(SharedString const& a, Text const& b)
+    {
+        return a.str() == b;
+    }
+    template <class Text>
+    friend bool operator!=(SharedString const& a, Text const& b)
+    {
+        return a.str() != b;
+    }
 
   private:
     std::shared_ptr<std::string const> _text;

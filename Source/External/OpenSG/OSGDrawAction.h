@@ -28,7 +28,8 @@ class DrawActionBase
 
     /// Begins and ends a frame: polygons of any number of viewports that are drawn together. Each beginning has its
     /// end, also if something is thrown in between; see DrawFrame. Frames lie within each other where a host's frame
-    /// holds Viewport::render(), which has one of its own: the outermost counts. The defaults do nothing.
+    /// holds Viewport::render(), which has one of its own: the outermost counts. Frames of several actions may lie
+    /// within each other, but don't overlap. An end doesn't throw. The defaults do nothing.
     virtual void beginFrame() {}
     virtual void endFrame() {}
 

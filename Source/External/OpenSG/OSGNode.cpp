@@ -35,7 +35,7 @@ std::vector<NodePtr>::const_iterator findFromBothEnds(std::vector<NodePtr> const
 
 Node::~Node()
 {
-    leaveParent();
+    parent = NullFC; // which has let go of this node, or ended
     for (NodePtr const& child : children)
     {
         if (child->parent.get() == this)

@@ -6,6 +6,7 @@
 #include "OSGUserList.h"
 
 #include <functional>
+#include <type_traits>
 
 namespace osg
 {
@@ -32,6 +33,7 @@ class OPENSG_EXPORT NodeCore : public AttachmentContainer
 };
 
 /// A place in the tree. A node holds a reference on its core and on each child; the child's `parent` holds none.
+/// `core`, `children` and `parent` are written through the functions below; only the order of the children is free.
 class OPENSG_EXPORT Node : public AttachmentContainer
 {
     OSG_CONTAINER(Node)
@@ -125,7 +127,7 @@ struct Action
 /// start node leads to no visit. The callback may change the children of the nodes that it sees, but destroys none of
 /// these.
 /// \return Quit if a callback returned it, which ends the walk at once; else Continue.
-template <class Callback>
+template <class Callback, class = std::enable_if_t<std::is_invocable_v<Callback, NodePtr const&>>>
 Action::ResultE traverse(NodePtr const& start, Callback&& callback)
 {
     if (start == NullFC)

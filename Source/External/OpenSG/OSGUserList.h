@@ -10,13 +10,15 @@
 #include <memory>
 #include <new>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace osg
 {
 
 /// Typed pointers, none of them null, in the order in which they were added. Any of them is removed in constant time on
-/// average, and the others keep their order. A list of one takes no memory beside its own.
+/// average, unless users stand in the list repeatedly, and the others keep their order. A list of one takes no memory
+/// beside its own.
 template <class Pointer>
 class UserList
 {

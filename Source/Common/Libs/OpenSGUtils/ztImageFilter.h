@@ -14,7 +14,7 @@ class ZTOPENSGUTILS_EXPORT ztImageGenericFilter
     /// The weight of a sample at a distance of `x` from the point that is asked for, in pixels of the coarser image.
     virtual double filter(double x) const = 0;
 
-    /// Radius: the filter is 0 from this distance on.
+    /// Radius: samples from beyond this distance don't count. Those at it do if the filter isn't 0 there.
     double support;
 };
 

@@ -84,14 +84,9 @@ std::size_t GLBatch::flush(GLVersion const& version, Failure& failure)
         failure = takeGLError();
     }
     std::size_t const count = failure.empty() ? _entries.size() : 0;
-    drop();
-    return count;
-}
-
-void GLBatch::drop()
-{
     _entries.clear();
     _vertices.clear();
+    return count;
 }
 
 void GLBatch::clear()

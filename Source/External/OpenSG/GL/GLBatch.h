@@ -5,7 +5,6 @@
 #include "GLState.h"
 #include "OSGPolygonFit.h"
 
-#include <utility>
 #include <vector>
 
 namespace osg
@@ -46,9 +45,6 @@ class GLBatch
     /// Draws the polygons and forgets them. Sets a failure if that failed.
     /// \return how many have been drawn
     std::size_t flush(GLVersion const& version, Failure& failure);
-
-    /// Forgets the polygons.
-    void drop();
 
     /// Deletes the vertex array.
     void clear();

@@ -30,6 +30,9 @@ GLView viewOf(Viewport& viewport, LayoutArea const& area)
             2.0f / (area.top - area.bottom)};
 }
 
+/// About a second's work.
+constexpr std::size_t maxResampledPixels = std::size_t(1) << 26;
+
 bool isMipmapping(GLenum filter)
 {
     return filter >= GL_NEAREST_MIPMAP_NEAREST && filter <= GL_LINEAR_MIPMAP_LINEAR;
@@ -54,9 +57,6 @@ struct OpenGLDrawAction::Context
     /// Draws the batch, sets a failure if that failed, and gives the context back.
     /// \return how many polygons have been drawn
     std::size_t close(Failure& failure);
-
-    /// Forgets the batch: the context isn't there any more.
-    void abandon();
 
     /// Deletes everything.
     void clear();
@@ -99,12 +99,6 @@ std::size_t OpenGLDrawAction::Context::close(Failure& failure)
     hostState->restore();
     hostState.reset();
     return numDrawn;
-}
-
-void OpenGLDrawAction::Context::abandon()
-{
-    batch.drop();
-    hostState.reset();
 }
 
 void OpenGLDrawAction::Context::clear()
@@ -182,7 +176,8 @@ Failure OpenGLDrawAction::Context::chooseTexture(TextureChunk& chunk, PixelFit c
     Failure failure;
     GLSampling sampling = {chunk.minFilter, chunk.magFilter, chunk.wrapS, chunk.wrapT};
     bool const hasItsSize = fit.width == chunk.image->width && fit.height == chunk.image->height;
-    if (!hasItsSize && fit.width > 0 && fit.width <= maxTextureSize && fit.height <= maxTextureSize)
+    if (!hasItsSize && fit.width > 0 && fit.width <= maxTextureSize && fit.height <= maxTextureSize &&
+        std::size_t(fit.width) * std::size_t(fit.height) <= maxResampledPixels)
         draw.texture = textures.of(chunk, fit.width, fit.height);
     if (hasItsSize || draw.texture)
         sampling[0] = sampling[1] = GL_NEAREST;
@@ -215,7 +210,7 @@ void OpenGLDrawAction::beginFrame()
 
 void OpenGLDrawAction::endFrame()
 {
-    if (--_frameDepth == 0)
+    if (_frameDepth > 0 && --_frameDepth == 0)
         closeFrame();
 }
 
@@ -236,7 +231,7 @@ void OpenGLDrawAction::closeFrame()
     if (failure.empty())
         _numDraws += _context->close(failure);
     else
-        _context->abandon();
+        _context.reset(); // some of what it holds may be another context's
     keepFirst(std::move(failure));
 }
 

@@ -53,20 +53,22 @@ class OPENSGGL_EXPORT OpenGLDrawAction : public DrawActionBase
     ///
     /// Positions are pixels of Viewport::getLayoutArea(), which fills the viewport. fitToPixels() cuts rectangles to
     /// whole pixels. One that shows a whole image is then drawn texel for pixel: if its size isn't the image's, with
-    /// the image resampled to it, exactly as a stamp shows it. Resampling is done once for a size and a change of the
-    /// image; the last four sizes of each image are kept, so that as many viewports can show it at sizes of their own.
-    /// Where the context or the memory doesn't allow the size, and for all other polygons, the chunk's filters hold.
+    /// the image resampled to it, as a stamp shows it. (A size so little below a whole number of pixels that its
+    /// corners don't tell counts as that number, which a stamp cuts.) Resampling is done once for a size and a change
+    /// of the image; the last four sizes of each image are kept, so that as many viewports can show it at sizes of
+    /// their own. For sizes of more than 2^26 pixels or than the context or the memory allows, and for all other
+    /// polygons, the chunk's filters hold.
     ///
     /// Colour is blended by the blend chunk's factors; in the alpha channel a source factor of GL_SRC_ALPHA counts as
     /// GL_ONE, so that the alpha of what is drawn over stays that of a picture laid over another.
     ///
-    /// Nothing is drawn and takeFailure() tells why if there is no context, or another than the action's, or one below
-    /// the versions above, or a framebuffer that isn't complete; if the material or one of its chunks is missing, the
-    /// image is null, has no bytes or is larger than the context allows, the shader doesn't compile, or OpenGL refuses
-    /// a value of the chunks; if the viewport shows nothing; if the polygon has fewer than three corners or texture
-    /// coordinates for them. The other polygons of a frame are drawn all the same; only an error that shows no earlier
-    /// than at the frame's end, as a lack of memory for its corners, is one of all. No GL error is left, not even one
-    /// that the host left before.
+    /// Nothing is drawn and takeFailure() tells why if there is no context, or another than the action's, at a frame's
+    /// first polygon or at its end, or one below the versions above, or a framebuffer that isn't complete; if the
+    /// material or one of its chunks is missing, the image is null, has no bytes or is larger than the context allows,
+    /// the shader doesn't compile, or OpenGL refuses a value of the chunks; if the viewport shows nothing; if the
+    /// polygon has fewer than three corners or texture coordinates for them. The other polygons of a frame are drawn
+    /// all the same; only an error that shows no earlier than at the frame's end, as a lack of memory for its corners,
+    /// is one of all. No GL error is left, not even one that the host left before.
     void drawPolygon(TexturedPolygon const& polygon, Viewport& viewport) override;
 
     /// Deletes all textures, programs and buffers. They are only forgotten if the action's context isn't the current
