@@ -58,9 +58,9 @@ Kernel triangle();
 ///
 /// Each of the two directions weighs the source's pixels around the centre of the new pixel; the weights of a new pixel
 /// sum to 1, and at the edges those that fall outside are left out. Where no weight remains, or their sum is no finite
-/// number, the nearest pixel is taken. Channels are held within 0 to 255 and rounded to the nearest; what lies less than
-/// a thousandth below a half is rounded up, too, since sums are single precision. A side that shrinks to less than a
-/// millionth of its size may be off by more than a level.
+/// number, the nearest pixel is taken. Channels are held within 0 to 255 and rounded to the nearest; what lies less
+/// than a thousandth below a half is rounded up, too, since sums are single precision. A side that shrinks to less than
+/// a millionth of its size may be off by more than a level.
 ///
 /// \param sourceWidth,sourceHeight,width,height  1 or above, at most 2^24
 /// \param destination  width × height pixels, all written; doesn't overlap the source
