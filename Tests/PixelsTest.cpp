@@ -109,8 +109,8 @@ TEST(PixelsTest, BytesAreBlendedAndMultipliedExactly)
 TEST(PixelsTest, RowsOfAnyLengthAndAlignmentAreKeptTo)
 {
     onEveryTarget([&] {
-        for (std::size_t pixels : {0, 1, 2, 3, 5, 8, 15, 16, 17, 31, 63, 64, 100, 1023, 1024, 1031})
-            for (std::size_t offset : {0, 1, 4, 20})
+        for (std::size_t pixels : {0u, 1u, 2u, 3u, 5u, 8u, 15u, 16u, 17u, 31u, 63u, 64u, 100u, 1023u, 1024u, 1031u})
+            for (std::size_t offset : {0u, 1u, 4u, 20u})
             {
                 Bytes const above = pixelsInRuns(pixels);
                 Bytes below = randomBytes(offset + pixels * 4), row(offset + pixels * 4), expected = below;
