@@ -1,12 +1,6 @@
 /// \file
-/// What the harnesses share: an input's bytes as values, and checks.
+/// What the harnesses share: checks.
 #pragma once
-
-#include "OSGOverlay.h"
-
-#include <algorithm>
-#include <cstring>
-#include <utility>
 
 namespace ztFuzz
 {
@@ -16,63 +10,5 @@ void require(bool condition, char const* what);
 
 /// To be asked when an input's scenes are gone.
 void requireNoContainers();
-
-/// Takes values off an input; zeros follow behind its end.
-class Bytes
-{
-  public:
-    Bytes(osg::UInt8 const* data, std::size_t size) : _data(data), _end(data + size) {}
-
-    bool isEmpty() const { return _data == _end; }
-
-    /// A value of any bit pattern.
-    template <class T>
-    T bits()
-    {
-        T value{};
-        std::size_t const size = std::min(sizeof(T), std::size_t(_end - _data));
-        if (size > 0)
-            std::memcpy(&value, _data, size);
-        _data += size;
-        return value;
-    }
-
-    unsigned below(unsigned count) { return bits<osg::UInt8>() % count; }
-    bool flip() { return below(2); }
-
-    /// Any bit pattern, but mostly a small multiple of 1/8.
-    float number() { return below(4) == 0 ? bits<float>() : float(bits<signed char>()) / 8.0f; }
-
-    /// Any bit pattern, but mostly from -16 to 111.
-    int integer() { return below(4) == 0 ? bits<int>() : int(below(128)) - 16; }
-
-    std::string text(unsigned maxLength)
-    {
-        std::size_t const size = std::min(std::size_t(below(maxLength + 1)), std::size_t(_end - _data));
-        return {reinterpret_cast<char const*>(std::exchange(_data, _data + size)), size};
-    }
-
-  private:
-    osg::UInt8 const* _data;
-    osg::UInt8 const* _end;
-};
-
-/// Towards zero, to the nearest int from beyond its range, 0 for NaN.
-int truncated(double value);
-
-/// How an overlay's text is drawn on a target of a height: the points of the font, and the height in pixels that the
-/// picture is scaled to unless it is 0.
-struct TextSize
-{
-    int points, pixels;
-
-    TextSize(osg::Overlay const& overlay, int targetHeight);
-
-    /// More than a harness has time and memory for.
-    bool isLarge() const { return points > 40 || pixels > 400; }
-};
-
-/// The chunk that holds the image which an overlay shows; null without chunks.
-osg::TextureChunkPtr slotOf(osg::Overlay const& overlay);
 
 } // namespace ztFuzz

@@ -1,5 +1,6 @@
 // OBJ files of any bytes: a mesh that fits the view, or one line that names the place.
 #include "FuzzSupport.h"
+#include "OSGBase.h"
 #include "ObjFile.h"
 
 #include <cmath>

@@ -1,5 +1,6 @@
 // Overlay files of any bytes: entries as they should be, or one line that names the file.
 #include "FuzzSupport.h"
+#include "OSGBase.h"
 #include "OverlayNodes.h"
 #include "Placeholders.h"
 
