@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace osg
+namespace osg::v1
 {
 
 OSG_ABSTRACT_CONTAINER_TYPE(Attachment, FieldContainer);
@@ -61,4 +61,4 @@ void setName(AttachmentContainerPtr const& container, std::string const& name)
     container->addAttachment(attachment);
 }
 
-} // namespace osg
+} // namespace osg::v1

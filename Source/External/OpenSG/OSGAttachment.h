@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace osg
+namespace osg::v1
 {
 
 /// The base of what can be attached.
@@ -74,4 +74,4 @@ using NamePtr = FCPtr<Name>;
 /// \param container must not be null.
 OPENSG_EXPORT void setName(AttachmentContainerPtr const& container, std::string const& name);
 
-} // namespace osg
+} // namespace osg::v1

@@ -8,7 +8,16 @@
 #include <utility>
 #include <vector>
 
+/// The scene graph. Its names stand in a namespace of their version, so that a process may load another library with
+/// classes of the same names.
 namespace osg
+{
+inline namespace v1
+{
+}
+} // namespace osg
+
+namespace osg::v1
 {
 
 using UInt8 = std::uint8_t;
@@ -136,4 +145,4 @@ class MField : public std::vector<T>
     virtual void clear() { std::vector<T>::clear(); }
 };
 
-} // namespace osg
+} // namespace osg::v1

@@ -1,6 +1,6 @@
 #include "OSGCamera.h"
 
-namespace osg
+namespace osg::v1
 {
 
 OSG_ABSTRACT_CONTAINER_TYPE(Camera, FieldContainer);
@@ -14,4 +14,4 @@ CameraDecorator::~CameraDecorator()
     subRef(decoratee);
 }
 
-} // namespace osg
+} // namespace osg::v1

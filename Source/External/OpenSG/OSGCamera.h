@@ -4,7 +4,7 @@
 
 #include "OSGFieldContainer.h"
 
-namespace osg
+namespace osg::v1
 {
 
 /// The base of all cameras.
@@ -80,4 +80,4 @@ class OPENSG_EXPORT TileCameraDecorator : public TileCameraDecoratorBase
 
 using TileCameraDecoratorPtr = FCPtr<TileCameraDecorator>;
 
-} // namespace osg
+} // namespace osg::v1

@@ -2,7 +2,7 @@
 
 #include "OSGThread.h"
 
-namespace osg
+namespace osg::v1
 {
 
 namespace
@@ -40,4 +40,4 @@ void ChangeList::addChanged(FieldContainerPtr const& container, BitVector mask)
     _entries.push_back({Event::Changed, container, mask});
 }
 
-} // namespace osg
+} // namespace osg::v1

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace osg
+namespace osg::v1
 {
 
 /// Grows by an entry for each event until the host clears it. A host sets one with PThreadBase::setCurrentChangeList()
@@ -43,4 +43,4 @@ class OPENSG_EXPORT ChangeList
     std::vector<Entry> _entries;
 };
 
-} // namespace osg
+} // namespace osg::v1

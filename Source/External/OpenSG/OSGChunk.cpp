@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-namespace osg
+namespace osg::v1
 {
 
 OSG_ABSTRACT_CONTAINER_TYPE(StateChunk, FieldContainer);
@@ -62,4 +62,4 @@ void TextureChunk::changed(BitVector mask, UInt32 origin)
         ++_imageRevision;
 }
 
-} // namespace osg
+} // namespace osg::v1

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-namespace osg
+namespace osg::v1
 {
 
 /// The base of all chunks.
@@ -105,4 +105,4 @@ class OPENSG_EXPORT ShaderChunk : public ShaderChunkBase
 
 using ShaderChunkPtr = FCPtr<ShaderChunk>;
 
-} // namespace osg
+} // namespace osg::v1

@@ -4,7 +4,7 @@
 
 #include "OSGMaterial.h"
 
-namespace osg
+namespace osg::v1
 {
 
 class Viewport;
@@ -56,4 +56,4 @@ class DrawFrame
     DrawActionBase& _action;
 };
 
-} // namespace osg
+} // namespace osg::v1

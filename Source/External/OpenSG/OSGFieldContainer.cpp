@@ -5,7 +5,7 @@
 
 #include <atomic>
 
-namespace osg
+namespace osg::v1
 {
 
 namespace
@@ -159,4 +159,4 @@ void markChanged(FieldContainerPtr const& container, BitVector mask)
         container->changed(mask, FieldContainer::OriginExternal);
 }
 
-} // namespace osg
+} // namespace osg::v1

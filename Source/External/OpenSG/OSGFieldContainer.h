@@ -85,7 +85,7 @@
 #define OSG_CONTAINER_TYPE(Class, Parent) \
     ::osg::FieldContainerType const Class::_type(#Class, &Parent::getClassType(), sizeof(Class), &Class::makePrototype)
 
-namespace osg
+namespace osg::v1
 {
 
 /// The base of all containers. Containers are made with create() or shallowCopy() and destroyed by subRef().
@@ -188,4 +188,4 @@ FCPtr<T> create()
     return dynamicCast<T>(T::getClassType().createContainer());
 }
 
-} // namespace osg
+} // namespace osg::v1

@@ -10,7 +10,7 @@
 
 #include <type_traits>
 
-namespace osg
+namespace osg::v1
 {
 
 class FieldContainer;
@@ -108,4 +108,4 @@ class FCPtr : public FieldContainerPtr
     }
 };
 
-} // namespace osg
+} // namespace osg::v1

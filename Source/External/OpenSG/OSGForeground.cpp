@@ -1,8 +1,8 @@
 #include "OSGForeground.h"
 
-namespace osg
+namespace osg::v1
 {
 
 OSG_ABSTRACT_CONTAINER_TYPE(Foreground, FieldContainer);
 
-} // namespace osg
+} // namespace osg::v1

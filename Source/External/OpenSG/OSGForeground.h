@@ -4,7 +4,7 @@
 
 #include "OSGFieldContainer.h"
 
-namespace osg
+namespace osg::v1
 {
 
 class DrawActionBase;
@@ -30,4 +30,4 @@ class OPENSG_EXPORT Foreground : public ForegroundBase
 
 using ForegroundPtr = FCPtr<Foreground>;
 
-} // namespace osg
+} // namespace osg::v1

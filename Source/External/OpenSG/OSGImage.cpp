@@ -1,6 +1,6 @@
 #include "OSGImage.h"
 
-namespace osg
+namespace osg::v1
 {
 
 OSG_CONTAINER_TYPE(Image, FieldContainer);
@@ -39,4 +39,4 @@ void Image::changed(BitVector mask, UInt32 origin)
     }
 }
 
-} // namespace osg
+} // namespace osg::v1

@@ -5,7 +5,7 @@
 #include "OSGFieldContainer.h"
 #include "OSGUserList.h"
 
-namespace osg
+namespace osg::v1
 {
 
 class OPENSG_EXPORT ImageBase : public FieldContainer
@@ -64,4 +64,4 @@ class OPENSG_EXPORT Image : public ImageBase
 
 using ImagePtr = FCPtr<Image>;
 
-} // namespace osg
+} // namespace osg::v1

@@ -1,6 +1,6 @@
 #include "OSGMaterial.h"
 
-namespace osg
+namespace osg::v1
 {
 
 OSG_ABSTRACT_CONTAINER_TYPE(Material, FieldContainer);
@@ -48,4 +48,4 @@ DrawChunks drawChunksOf(MaterialPtr const& material)
     return chunks;
 }
 
-} // namespace osg
+} // namespace osg::v1

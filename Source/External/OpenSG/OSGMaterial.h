@@ -4,7 +4,7 @@
 
 #include "OSGChunk.h"
 
-namespace osg
+namespace osg::v1
 {
 
 /// The base of all materials.
@@ -54,4 +54,4 @@ struct DrawChunks
 /// The first chunk of each kind. All are null if the material is null or no osg::ChunkMaterial.
 OPENSG_EXPORT DrawChunks drawChunksOf(MaterialPtr const& material);
 
-} // namespace osg
+} // namespace osg::v1

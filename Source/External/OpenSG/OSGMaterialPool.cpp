@@ -1,6 +1,6 @@
 #include "OSGMaterialPool.h"
 
-namespace osg
+namespace osg::v1
 {
 
 OSG_CONTAINER_TYPE(MaterialPool, NodeCore);
@@ -27,4 +27,4 @@ void MaterialPool::initOverlayRoot()
     }
 }
 
-} // namespace osg
+} // namespace osg::v1

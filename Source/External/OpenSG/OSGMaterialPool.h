@@ -4,7 +4,7 @@
 
 #include "OSGNode.h"
 
-namespace osg
+namespace osg::v1
 {
 
 class OPENSG_EXPORT MaterialPoolBase : public NodeCore
@@ -31,4 +31,4 @@ class OPENSG_EXPORT MaterialPool : public MaterialPoolBase
 
 using MaterialPoolPtr = FCPtr<MaterialPool>;
 
-} // namespace osg
+} // namespace osg::v1

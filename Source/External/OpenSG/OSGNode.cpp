@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace osg
+namespace osg::v1
 {
 
 OSG_ABSTRACT_CONTAINER_TYPE(NodeCore, AttachmentContainer);
@@ -134,4 +134,4 @@ Action::ResultE traverse(NodePtr const& start, std::function<Action::ResultE(Nod
     return traverse<decltype(callback)>(start, callback);
 }
 
-} // namespace osg
+} // namespace osg::v1

@@ -8,7 +8,7 @@
 #include <functional>
 #include <type_traits>
 
-namespace osg
+namespace osg::v1
 {
 
 class Node;
@@ -148,4 +148,4 @@ Action::ResultE traverse(NodePtr const& start, Callback&& callback)
 OPENSG_EXPORT Action::ResultE traverse(NodePtr const& start,
                                        std::function<Action::ResultE(NodePtr const&)> const& callback);
 
-} // namespace osg
+} // namespace osg::v1

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-namespace osg
+namespace osg::v1
 {
 
 namespace
@@ -64,4 +64,4 @@ PixelFit fitToPixels(TexturedPolygon const& polygon, LayoutArea const& area, Int
     return result;
 }
 
-} // namespace osg
+} // namespace osg::v1

@@ -5,7 +5,7 @@
 #include "OSGDrawAction.h"
 #include "OSGViewport.h"
 
-namespace osg
+namespace osg::v1
 {
 
 /// From coordinates of a layout, along one axis, to those at which a renderer draws.
@@ -38,4 +38,4 @@ struct PixelFit
 /// \param width,height  the viewport's size in pixels
 OPENSG_EXPORT PixelFit fitToPixels(TexturedPolygon const& polygon, LayoutArea const& area, Int32 width, Int32 height);
 
-} // namespace osg
+} // namespace osg::v1

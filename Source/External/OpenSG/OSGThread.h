@@ -2,13 +2,14 @@
 /// What threads share and what each has of its own.
 #pragma once
 
+#include "OSGBase.h"
 #include "OpenSG_export.h"
 
 #include <array>
 #include <cstdint>
 #include <mutex>
 
-namespace osg
+namespace osg::v1
 {
 
 class ChangeList;
@@ -45,4 +46,4 @@ class OPENSG_EXPORT PThreadBase
     static void setCurrentChangeList(ChangeList* changeList);
 };
 
-} // namespace osg
+} // namespace osg::v1

@@ -5,7 +5,7 @@
 #include "OSGBase.h"
 #include "OpenSG_export.h"
 
-namespace osg
+namespace osg::v1
 {
 
 class FieldContainer;
@@ -68,4 +68,4 @@ class OPENSG_EXPORT FieldContainerType : public TypeBase
     UInt16 _containerSize;
 };
 
-} // namespace osg
+} // namespace osg::v1

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace osg
+namespace osg::v1
 {
 
 /// Typed pointers, none of them null, in the order in which they were added. Any of them is removed in constant time on
@@ -208,4 +208,4 @@ class UserList
     std::unique_ptr<Many> _many;
 };
 
-} // namespace osg
+} // namespace osg::v1

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace osg
+namespace osg::v1
 {
 
 OSG_CONTAINER_TYPE(Viewport, FieldContainer);
@@ -56,4 +56,4 @@ void Viewport::render(DrawActionBase* action)
             foreground->draw(action, this);
 }
 
-} // namespace osg
+} // namespace osg::v1

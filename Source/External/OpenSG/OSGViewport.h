@@ -5,7 +5,7 @@
 #include "OSGCamera.h"
 #include "OSGForeground.h"
 
-namespace osg
+namespace osg::v1
 {
 
 class OPENSG_EXPORT ViewportBase : public FieldContainer
@@ -57,4 +57,4 @@ class OPENSG_EXPORT Viewport : public ViewportBase
 
 using ViewportPtr = FCPtr<Viewport>;
 
-} // namespace osg
+} // namespace osg::v1

@@ -1,6 +1,6 @@
 #include "OSGOverlay.h"
 
-namespace osg
+namespace osg::v1
 {
 
 namespace
@@ -26,4 +26,4 @@ void Overlay::changed(BitVector mask, UInt32 origin)
         dirty = true;
 }
 
-} // namespace osg
+} // namespace osg::v1

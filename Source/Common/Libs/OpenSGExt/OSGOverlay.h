@@ -6,7 +6,7 @@
 #include "OSGPolygonForeground2.h"
 #include "ztOpenSGExt_export.h"
 
-namespace osg
+namespace osg::v1
 {
 
 class ZTOPENSGEXT_EXPORT OverlayBase : public NodeCore
@@ -72,4 +72,4 @@ class ZTOPENSGEXT_EXPORT Overlay : public OverlayBase
 
 using OverlayPtr = FCPtr<Overlay>;
 
-} // namespace osg
+} // namespace osg::v1

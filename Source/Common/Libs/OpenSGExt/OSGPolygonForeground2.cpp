@@ -2,7 +2,7 @@
 
 #include "OSGDrawAction.h"
 
-namespace osg
+namespace osg::v1
 {
 
 OSG_CONTAINER_TYPE(PolygonForeground2, Foreground);
@@ -17,4 +17,4 @@ void PolygonForeground2::draw(DrawActionBase* action, Viewport* viewport)
     action->drawPolygon({positions, texCoords, material}, *viewport);
 }
 
-} // namespace osg
+} // namespace osg::v1

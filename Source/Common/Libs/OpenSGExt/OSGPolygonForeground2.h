@@ -6,7 +6,7 @@
 #include "OSGMaterial.h"
 #include "ztOpenSGExt_export.h"
 
-namespace osg
+namespace osg::v1
 {
 
 class ZTOPENSGEXT_EXPORT PolygonForeground2Base : public Foreground
@@ -45,4 +45,4 @@ class ZTOPENSGEXT_EXPORT PolygonForeground2 : public PolygonForeground2Base
 
 using PolygonForeground2Ptr = FCPtr<PolygonForeground2>;
 
-} // namespace osg
+} // namespace osg::v1

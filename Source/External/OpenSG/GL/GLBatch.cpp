@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace osg
+namespace osg::v1
 {
 
 namespace
@@ -96,4 +96,4 @@ void GLBatch::clear()
     _vertexBuffer = _vertexArray = 0;
 }
 
-} // namespace osg
+} // namespace osg::v1

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace osg
+namespace osg::v1
 {
 
 /// The part of a framebuffer that a viewport fills, and the size in clip coordinates of a pixel of its layout.
@@ -68,4 +68,4 @@ class GLBatch
     GLuint _vertexBuffer = 0;
 };
 
-} // namespace osg
+} // namespace osg::v1

@@ -4,7 +4,7 @@
 
 #include <atomic>
 
-namespace osg
+namespace osg::v1
 {
 
 namespace
@@ -81,4 +81,4 @@ Failure takeGLError()
     return describeGLError(error);
 }
 
-} // namespace osg
+} // namespace osg::v1

@@ -2,11 +2,13 @@
 /// The current OpenGL context: which it is, what it offers, what went wrong in it.
 #pragma once
 
+#include "OSGBase.h"
+
 #include <epoxy/gl.h>
 
 #include <string>
 
-namespace osg
+namespace osg::v1
 {
 
 /// The context of EGL or GLX that is current on this thread; null for none.
@@ -34,4 +36,4 @@ Failure describeGLError(GLenum error);
 /// The first error that OpenGL holds, empty for none. Afterwards it holds none.
 Failure takeGLError();
 
-} // namespace osg
+} // namespace osg::v1

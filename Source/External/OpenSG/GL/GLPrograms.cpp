@@ -1,6 +1,6 @@
 #include "GLPrograms.h"
 
-namespace osg
+namespace osg::v1
 {
 
 namespace
@@ -131,4 +131,4 @@ void GLPrograms::clear()
     _programs.clear();
 }
 
-} // namespace osg
+} // namespace osg::v1

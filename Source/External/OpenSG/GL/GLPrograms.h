@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace osg
+namespace osg::v1
 {
 
 /// What all chunks with the same sources are compiled to.
@@ -61,4 +61,4 @@ class GLPrograms
     std::vector<GLuint> _retired;
 };
 
-} // namespace osg
+} // namespace osg::v1

@@ -1,6 +1,6 @@
 #include "GLState.h"
 
-namespace osg
+namespace osg::v1
 {
 
 namespace
@@ -140,4 +140,4 @@ void GLHostState::restore() const
             setEnabled(_version, alterations[i], true);
 }
 
-} // namespace osg
+} // namespace osg::v1

@@ -7,7 +7,7 @@
 #include <array>
 #include <iterator>
 
-namespace osg
+namespace osg::v1
 {
 
 /// How colours are blended in the first draw buffer: the factors of source and destination for colour, then those for
@@ -52,4 +52,4 @@ class GLHostState
     Blending _blending;
 };
 
-} // namespace osg
+} // namespace osg::v1

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <new>
 
-namespace osg
+namespace osg::v1
 {
 
 GLuint GLSamplers::of(GLSampling const& sampling, Failure& failure)
@@ -186,4 +186,4 @@ std::size_t GLTextures::size() const
     return count;
 }
 
-} // namespace osg
+} // namespace osg::v1

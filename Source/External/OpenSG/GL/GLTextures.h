@@ -11,7 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace osg
+namespace osg::v1
 {
 
 /// How a texture is read, in enumerants of OpenGL: the filters that make it smaller and larger, the wrap modes along s
@@ -86,4 +86,4 @@ class GLTextures
     std::vector<GLuint> _retired;
 };
 
-} // namespace osg
+} // namespace osg::v1

@@ -8,7 +8,7 @@
 #include <set>
 #include <utility>
 
-namespace osg
+namespace osg::v1
 {
 
 namespace
@@ -290,4 +290,4 @@ std::size_t OpenGLDrawAction::getNumPrograms() const
     return _context ? _context->programs.size() : 0;
 }
 
-} // namespace osg
+} // namespace osg::v1

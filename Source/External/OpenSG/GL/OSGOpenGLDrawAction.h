@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-namespace osg
+namespace osg::v1
 {
 
 /// Draws polygons with OpenGL 3.3 core or OpenGL ES 3.0, in contexts of EGL or GLX, into the framebuffer that is bound.
@@ -104,4 +104,4 @@ class OPENSGGL_EXPORT OpenGLDrawAction : public DrawActionBase
     UInt64 _numUploads = 0;
 };
 
-} // namespace osg
+} // namespace osg::v1
