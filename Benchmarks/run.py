@@ -28,7 +28,7 @@ ROUNDS = 9
 
 
 class Server:
-    """OverlayBenchmarks: answers a line of words with a line of JSON."""
+    """ztOverlayBenchmarks: answers a line of words with a line of JSON."""
 
     def __init__(self, program, is_trial):
         self._process = subprocess.Popen([program] + ["--try"] * is_trial, stdin=subprocess.PIPE,

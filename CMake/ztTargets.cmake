@@ -1,5 +1,6 @@
 # The rules that every target of the project follows.
 include(GenerateExportHeader)
+include(GNUInstallDirs)
 
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -17,22 +18,24 @@ target_compile_options(ztCompileOptions INTERFACE
     # Placement is single precision, rounded after each operation, on every processor.
     -ffp-contract=off)
 
-# zt_add_library(Room Output MACRO SOURCES... HEADERS public headers...)
-# A shared library with a SONAME, the alias zt::Room, the export macro MACRO in Output_export.h, and install rules.
-function(zt_add_library name output macro)
+# zt_add_library(Room SOURCES... HEADERS public headers...)
+# The library ztRoom with a SONAME, its alias zt::Room, the export macro ZTROOM_EXPORT in ztRoom_export.h, and install
+# rules.
+function(zt_add_library room)
     cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS" ${ARGN})
+    set(name zt${room})
     add_library(${name} SHARED ${ARG_SOURCES} ${ARG_HEADERS})
-    add_library(zt::${name} ALIAS ${name})
-    set_target_properties(${name} PROPERTIES
-        OUTPUT_NAME ${output} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
-    generate_export_header(${name} EXPORT_MACRO_NAME ${macro}
-        EXPORT_FILE_NAME ${CMAKE_CURRENT_BINARY_DIR}/${output}_export.h)
+    add_library(zt::${room} ALIAS ${name})
+    set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    generate_export_header(${name} EXPORT_FILE_NAME ${CMAKE_CURRENT_BINARY_DIR}/${name}_export.h)
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}> $<BUILD_INTERFACE:${CMAKE_CURRENT_BINARY_DIR}>)
     target_link_libraries(${name} PRIVATE ztCompileOptions)
     # What a library exports can be inlined within it.
     target_compile_options(${name} PRIVATE -fno-semantic-interposition)
-    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-    install(FILES ${ARG_HEADERS} ${CMAKE_CURRENT_BINARY_DIR}/${output}_export.h
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ztOverlayUtils)
+    if(ZT_INSTALL)
+        install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+        install(FILES ${ARG_HEADERS} ${CMAKE_CURRENT_BINARY_DIR}/${name}_export.h
+            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ztOverlayUtils)
+    endif()
 endfunction()

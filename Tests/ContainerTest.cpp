@@ -10,10 +10,10 @@ namespace
 
 class HostOverlay : public osg::Overlay
 {
-    OSG_CONTAINER(HostOverlay)
+    ZT_CONTAINER(HostOverlay)
 };
 
-OSG_CONTAINER_TYPE(HostOverlay, osg::Overlay);
+ZT_CONTAINER_TYPE(HostOverlay, osg::Overlay);
 
 } // namespace
 

@@ -10,10 +10,10 @@ namespace
 
 class HostPool : public osg::MaterialPool
 {
-    OSG_CONTAINER(HostPool)
+    ZT_CONTAINER(HostPool)
 };
 
-OSG_CONTAINER_TYPE(HostPool, osg::MaterialPool);
+ZT_CONTAINER_TYPE(HostPool, osg::MaterialPool);
 
 bool isPoolNode(osg::NodePtr const& node)
 {

@@ -336,13 +336,13 @@ TEST_P(OpenGLTest, ObjectsGoWithTheirChunksAndWithRelease)
 /// Can't be drawn.
 class FailingForeground : public osg::PolygonForeground2
 {
-    OSG_CONTAINER(FailingForeground)
+    ZT_CONTAINER(FailingForeground)
 
   public:
     void draw(osg::DrawActionBase*, osg::Viewport*) override { throw std::runtime_error("can't draw"); }
 };
 
-OSG_CONTAINER_TYPE(FailingForeground, PolygonForeground2);
+ZT_CONTAINER_TYPE(FailingForeground, PolygonForeground2);
 
 /// All that the context tells of its state: the first values of every parameter of OpenGL 4.5, and 0 for other numbers.
 std::vector<std::array<GLint, 4>> readState()

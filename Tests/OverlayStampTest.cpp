@@ -19,7 +19,7 @@ namespace
 class OverlayStamp : public HostTest
 {
   protected:
-    OverlayStamp() : HostTest(OVERLAY_STAMP)
+    OverlayStamp() : HostTest(ZT_OVERLAY_STAMP)
     {
         writeLabels(R"({"text": "{file}", "size": 6})");
         writePicture("frame.png", Qt::gray, {60, 40});
@@ -187,7 +187,7 @@ TEST_F(OverlayStamp, LeavesNoPartOfAFileAndNoOtherKindOfFile)
     EXPECT_EQ(run("--overlays labels.json --output pipe.png frame.png"),
               Outcome(1, "", "frame.png: can't write \"pipe.png\": It is no regular file" + failure));
     _program = "env";
-    EXPECT_EQ(run("--ignore-signal=XFSZ prlimit --fsize=100 " OVERLAY_STAMP
+    EXPECT_EQ(run("--ignore-signal=XFSZ prlimit --fsize=100 " ZT_OVERLAY_STAMP
                   " --overlays labels.json --output out.png frame.png"),
               Outcome(1, "", "frame.png: can't write \"out.png\": File too large" + failure));
     EXPECT_EQ(names(), before);

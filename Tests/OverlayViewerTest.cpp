@@ -55,7 +55,7 @@ osg::OverlayPtr overlayOf(char const* name)
 class Viewer : public HostTest
 {
   protected:
-    Viewer() : HostTest(OVERLAY_VIEWER)
+    Viewer() : HostTest(ZT_OVERLAY_VIEWER)
     {
         writePicture("red.png", Qt::red, {40, 20});
         writePicture("blue.png", Qt::blue, {40, 20});

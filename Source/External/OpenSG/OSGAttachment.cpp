@@ -5,9 +5,9 @@
 namespace osg::v1
 {
 
-OSG_ABSTRACT_CONTAINER_TYPE(Attachment, FieldContainer);
-OSG_ABSTRACT_CONTAINER_TYPE(AttachmentContainer, FieldContainer);
-OSG_CONTAINER_TYPE(Name, Attachment);
+ZT_ABSTRACT_CONTAINER_TYPE(Attachment, FieldContainer);
+ZT_ABSTRACT_CONTAINER_TYPE(AttachmentContainer, FieldContainer);
+ZT_CONTAINER_TYPE(Name, Attachment);
 
 AttachmentContainer::~AttachmentContainer()
 {

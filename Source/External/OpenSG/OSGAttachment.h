@@ -12,17 +12,17 @@ namespace osg::v1
 {
 
 /// The base of what can be attached.
-class OPENSG_EXPORT Attachment : public FieldContainer
+class ZTOPENSG_EXPORT Attachment : public FieldContainer
 {
-    OSG_ABSTRACT_CONTAINER(Attachment)
+    ZT_ABSTRACT_CONTAINER(Attachment)
 };
 
 using AttachmentPtr = FCPtr<Attachment>;
 
 /// A container that attachments can be added to. It holds a reference on each.
-class OPENSG_EXPORT AttachmentContainer : public FieldContainer
+class ZTOPENSG_EXPORT AttachmentContainer : public FieldContainer
 {
-    OSG_ABSTRACT_CONTAINER(AttachmentContainer)
+    ZT_ABSTRACT_CONTAINER(AttachmentContainer)
 
   public:
     /// Adds an attachment under its type's group and `binding`, in the place of one that stands there already. Null:
@@ -55,23 +55,23 @@ class OPENSG_EXPORT AttachmentContainer : public FieldContainer
 
 using AttachmentContainerPtr = FCPtr<AttachmentContainer>;
 
-class OPENSG_EXPORT NameBase : public Attachment
+class ZTOPENSG_EXPORT NameBase : public Attachment
 {
   public:
-    OSG_FIELD(Attachment, 0, Name, name, std::string);
+    ZT_FIELD(Attachment, 0, Name, name, std::string);
     static constexpr UInt16 FieldEnd = Attachment::FieldEnd + 1;
 };
 
 /// The attachment that holds a node's or a core's name.
-class OPENSG_EXPORT Name : public NameBase
+class ZTOPENSG_EXPORT Name : public NameBase
 {
-    OSG_CONTAINER(Name)
+    ZT_CONTAINER(Name)
 };
 
 using NamePtr = FCPtr<Name>;
 
 /// Gives a container an osg::Name, in the place of one that it has. Marks nothing.
 /// \param container must not be null.
-OPENSG_EXPORT void setName(AttachmentContainerPtr const& container, std::string const& name);
+ZTOPENSG_EXPORT void setName(AttachmentContainerPtr const& container, std::string const& name);
 
 } // namespace osg::v1

@@ -3,11 +3,11 @@
 namespace osg::v1
 {
 
-OSG_ABSTRACT_CONTAINER_TYPE(Camera, FieldContainer);
-OSG_CONTAINER_TYPE(PerspectiveCamera, Camera);
-OSG_ABSTRACT_CONTAINER_TYPE(CameraDecorator, Camera);
-OSG_CONTAINER_TYPE(ShearedStereoCameraDecorator, CameraDecorator);
-OSG_CONTAINER_TYPE(TileCameraDecorator, CameraDecorator);
+ZT_ABSTRACT_CONTAINER_TYPE(Camera, FieldContainer);
+ZT_CONTAINER_TYPE(PerspectiveCamera, Camera);
+ZT_ABSTRACT_CONTAINER_TYPE(CameraDecorator, Camera);
+ZT_CONTAINER_TYPE(ShearedStereoCameraDecorator, CameraDecorator);
+ZT_CONTAINER_TYPE(TileCameraDecorator, CameraDecorator);
 
 CameraDecorator::~CameraDecorator()
 {

@@ -11,7 +11,7 @@ namespace osg::v1
 
 /// Grows by an entry for each event until the host clears it. A host sets one with PThreadBase::setCurrentChangeList()
 /// if it reads it.
-class OPENSG_EXPORT ChangeList
+class ZTOPENSG_EXPORT ChangeList
 {
   public:
     enum class Event

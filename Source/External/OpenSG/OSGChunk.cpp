@@ -5,10 +5,10 @@
 namespace osg::v1
 {
 
-OSG_ABSTRACT_CONTAINER_TYPE(StateChunk, FieldContainer);
-OSG_CONTAINER_TYPE(TextureChunk, StateChunk);
-OSG_CONTAINER_TYPE(BlendChunk, StateChunk);
-OSG_CONTAINER_TYPE(ShaderChunk, StateChunk);
+ZT_ABSTRACT_CONTAINER_TYPE(StateChunk, FieldContainer);
+ZT_CONTAINER_TYPE(TextureChunk, StateChunk);
+ZT_CONTAINER_TYPE(BlendChunk, StateChunk);
+ZT_CONTAINER_TYPE(ShaderChunk, StateChunk);
 
 namespace
 {

@@ -11,9 +11,9 @@ namespace osg::v1
 {
 
 /// The base of all chunks.
-class OPENSG_EXPORT StateChunk : public FieldContainer
+class ZTOPENSG_EXPORT StateChunk : public FieldContainer
 {
-    OSG_ABSTRACT_CONTAINER(StateChunk)
+    ZT_ABSTRACT_CONTAINER(StateChunk)
 
   public:
     /// Expires when the chunk is destroyed: for renderers, which keep objects of their own for it. One thread at a time
@@ -32,23 +32,23 @@ class OPENSG_EXPORT StateChunk : public FieldContainer
 
 using StateChunkPtr = FCPtr<StateChunk>;
 
-class OPENSG_EXPORT TextureChunkBase : public StateChunk
+class ZTOPENSG_EXPORT TextureChunkBase : public StateChunk
 {
   public:
     /// Counted, and entered in the image's `parents`: written only through TextureChunk::setImage().
-    OSG_FIELD(StateChunk, 0, Image, image, ImagePtr);
+    ZT_FIELD(StateChunk, 0, Image, image, ImagePtr);
     /// OpenGL enumerants of the filters and wrap modes.
-    OSG_FIELD(StateChunk, 1, MinFilter, minFilter, UInt32) = 9729;
-    OSG_FIELD(StateChunk, 2, MagFilter, magFilter, UInt32) = 9729;
-    OSG_FIELD(StateChunk, 3, WrapS, wrapS, UInt32) = 10497;
-    OSG_FIELD(StateChunk, 4, WrapT, wrapT, UInt32) = 10497;
+    ZT_FIELD(StateChunk, 1, MinFilter, minFilter, UInt32) = 9729;
+    ZT_FIELD(StateChunk, 2, MagFilter, magFilter, UInt32) = 9729;
+    ZT_FIELD(StateChunk, 3, WrapS, wrapS, UInt32) = 10497;
+    ZT_FIELD(StateChunk, 4, WrapT, wrapT, UInt32) = 10497;
     static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 5;
 };
 
 /// A texture made from an image.
-class OPENSG_EXPORT TextureChunk : public TextureChunkBase
+class ZTOPENSG_EXPORT TextureChunk : public TextureChunkBase
 {
-    OSG_CONTAINER(TextureChunk)
+    ZT_CONTAINER(TextureChunk)
 
   public:
     /// Shows another image, or none: leaves the old image's `parents` (the first entry for this chunk), counts the new
@@ -70,37 +70,37 @@ class OPENSG_EXPORT TextureChunk : public TextureChunkBase
 
 using TextureChunkPtr = FCPtr<TextureChunk>;
 
-class OPENSG_EXPORT BlendChunkBase : public StateChunk
+class ZTOPENSG_EXPORT BlendChunkBase : public StateChunk
 {
   public:
     /// OpenGL enumerants of the blend factors, for straight alpha.
-    OSG_FIELD(StateChunk, 0, SrcFactor, srcFactor, UInt32) = 1;
-    OSG_FIELD(StateChunk, 1, DestFactor, destFactor, UInt32) = 0;
+    ZT_FIELD(StateChunk, 0, SrcFactor, srcFactor, UInt32) = 1;
+    ZT_FIELD(StateChunk, 1, DestFactor, destFactor, UInt32) = 0;
     static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 2;
 };
 
 /// How drawn pixels mix with those that are there.
-class OPENSG_EXPORT BlendChunk : public BlendChunkBase
+class ZTOPENSG_EXPORT BlendChunk : public BlendChunkBase
 {
-    OSG_CONTAINER(BlendChunk)
+    ZT_CONTAINER(BlendChunk)
 };
 
 using BlendChunkPtr = FCPtr<BlendChunk>;
 
-class OPENSG_EXPORT ShaderChunkBase : public StateChunk
+class ZTOPENSG_EXPORT ShaderChunkBase : public StateChunk
 {
   public:
     /// GLSL without a `#version` line, which the renderer puts before it. It feeds the inputs `position` and `texCoord`
     /// (vec2) and the uniform `pixelsToClip` (mat4); samplers read texture unit 0.
-    OSG_FIELD(StateChunk, 0, VertexProgram, vertexProgram, SharedString);
-    OSG_FIELD(StateChunk, 1, FragmentProgram, fragmentProgram, SharedString);
+    ZT_FIELD(StateChunk, 0, VertexProgram, vertexProgram, SharedString);
+    ZT_FIELD(StateChunk, 1, FragmentProgram, fragmentProgram, SharedString);
     static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 2;
 };
 
 /// The program that draws a polygon.
-class OPENSG_EXPORT ShaderChunk : public ShaderChunkBase
+class ZTOPENSG_EXPORT ShaderChunk : public ShaderChunkBase
 {
-    OSG_CONTAINER(ShaderChunk)
+    ZT_CONTAINER(ShaderChunk)
 };
 
 using ShaderChunkPtr = FCPtr<ShaderChunk>;

@@ -8,17 +8,17 @@
 /// class BlendChunkBase : public StateChunk
 /// {
 ///   public:
-///     OSG_FIELD(StateChunk, 0, SrcFactor, srcFactor, UInt32) = 1;
-///     OSG_FIELD(StateChunk, 1, DestFactor, destFactor, UInt32) = 0;
+///     ZT_FIELD(StateChunk, 0, SrcFactor, srcFactor, UInt32) = 1;
+///     ZT_FIELD(StateChunk, 1, DestFactor, destFactor, UInt32) = 0;
 ///     static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 2;
 /// };
 ///
 /// class BlendChunk : public BlendChunkBase
 /// {
-///     OSG_CONTAINER(BlendChunk)
+///     ZT_CONTAINER(BlendChunk)
 /// };
 ///
-/// OSG_CONTAINER_TYPE(BlendChunk, StateChunk); // in the source file
+/// ZT_CONTAINER_TYPE(BlendChunk, StateChunk); // in the source file
 /// \endcode
 ///
 /// A host makes, edits and drops containers like this:
@@ -39,13 +39,13 @@
 
 /// Declares the field `name` of the given type and its mask `Name##FieldMask`; `index` counts from 0 in the class whose
 /// base is `Parent`. An initialiser may follow.
-#define OSG_FIELD(Parent, index, Name, name, ...)                                             \
+#define ZT_FIELD(Parent, index, Name, name, ...)                                              \
     static constexpr ::osg::UInt16 Name##FieldId = Parent::FieldEnd + (index);                \
     static constexpr ::osg::BitVector Name##FieldMask = ::osg::BitVector(1) << Name##FieldId; \
     __VA_ARGS__ name
 
 /// Opens the body of a container class that has no prototype.
-#define OSG_ABSTRACT_CONTAINER(Class)                         \
+#define ZT_ABSTRACT_CONTAINER(Class)                          \
   public:                                                     \
     static ::osg::FieldContainerType const& getClassType()    \
     {                                                         \
@@ -64,8 +64,8 @@
     static ::osg::FieldContainerType const _type;
 
 /// Opens the body of a container class.
-#define OSG_CONTAINER(Class)                              \
-    OSG_ABSTRACT_CONTAINER(Class)                         \
+#define ZT_CONTAINER(Class)                               \
+    ZT_ABSTRACT_CONTAINER(Class)                          \
     static ::osg::FieldContainer* makePrototype()         \
     {                                                     \
         return new Class;                                 \
@@ -80,16 +80,16 @@
   private:
 
 /// Define the type records that the two above declare.
-#define OSG_ABSTRACT_CONTAINER_TYPE(Class, Parent) \
+#define ZT_ABSTRACT_CONTAINER_TYPE(Class, Parent) \
     ::osg::FieldContainerType const Class::_type(#Class, &Parent::getClassType(), sizeof(Class), nullptr)
-#define OSG_CONTAINER_TYPE(Class, Parent) \
+#define ZT_CONTAINER_TYPE(Class, Parent) \
     ::osg::FieldContainerType const Class::_type(#Class, &Parent::getClassType(), sizeof(Class), &Class::makePrototype)
 
 namespace osg::v1
 {
 
 /// The base of all containers. Containers are made with create() or shallowCopy() and destroyed by subRef().
-class OPENSG_EXPORT FieldContainer
+class ZTOPENSG_EXPORT FieldContainer
 {
   public:
     static constexpr UInt16 FieldEnd = 0;
@@ -141,7 +141,7 @@ class OPENSG_EXPORT FieldContainer
 };
 
 /// Keeps the number of containers that live, prototypes left out.
-class OPENSG_EXPORT FieldContainerFactory
+class ZTOPENSG_EXPORT FieldContainerFactory
 {
   public:
     static void registerFieldContainer(FieldContainerPtr const& container);
@@ -150,18 +150,18 @@ class OPENSG_EXPORT FieldContainerFactory
 };
 
 /// Adds a reference. Null: nothing happens.
-OPENSG_EXPORT void addRef(FieldContainerPtr const& container);
+ZTOPENSG_EXPORT void addRef(FieldContainerPtr const& container);
 
 /// Takes a reference; at a count of 0 or below the container is destroyed, which gives back the references that it
 /// holds. So a container that nobody has counted yet is destroyed by it too. Null: nothing happens.
-OPENSG_EXPORT void subRef(FieldContainerPtr const& container);
+ZTOPENSG_EXPORT void subRef(FieldContainerPtr const& container);
 
 /// Announces that the fields of `mask` were written: an entry in the thread's change list, then, unless
 /// FieldContainerPtr::_ignore_change is set, the container's `changed`. Null: nothing happens.
-OPENSG_EXPORT void markChanged(FieldContainerPtr const& container, BitVector mask);
+ZTOPENSG_EXPORT void markChanged(FieldContainerPtr const& container, BitVector mask);
 
 /// The untyped form of setRefdCP().
-OPENSG_EXPORT void setRefd(FieldContainerPtr& field, FieldContainerPtr value);
+ZTOPENSG_EXPORT void setRefd(FieldContainerPtr& field, FieldContainerPtr value);
 
 /// Assigns to a counted field: the old target loses a reference, the field takes the value, the new target gets a
 /// reference. Equal pointers: nothing happens. Either may be null. The new target survives even if the old one held its

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "OSGBase.h"
-#include "OpenSG_export.h"
+#include "ztOpenSG_export.h"
 
 #include <type_traits>
 
@@ -17,7 +17,7 @@ class FieldContainer;
 class LockPool;
 
 /// What all typed pointers are made of.
-class OPENSG_EXPORT FieldContainerPtrBase
+class ZTOPENSG_EXPORT FieldContainerPtrBase
 {
   public:
     /// The parent field position of a pointer that stands in no parent's field.
@@ -50,7 +50,7 @@ class OPENSG_EXPORT FieldContainerPtrBase
 };
 
 /// A pointer to a container of any type.
-class OPENSG_EXPORT FieldContainerPtr : public FieldContainerPtrBase
+class ZTOPENSG_EXPORT FieldContainerPtr : public FieldContainerPtrBase
 {
   public:
     /// While true, the calling thread's change marks don't reach the container's `changed`.

@@ -3,6 +3,6 @@
 namespace osg::v1
 {
 
-OSG_ABSTRACT_CONTAINER_TYPE(Foreground, FieldContainer);
+ZT_ABSTRACT_CONTAINER_TYPE(Foreground, FieldContainer);
 
 } // namespace osg::v1

@@ -10,18 +10,18 @@ namespace osg::v1
 class DrawActionBase;
 class Viewport;
 
-class OPENSG_EXPORT ForegroundBase : public FieldContainer
+class ZTOPENSG_EXPORT ForegroundBase : public FieldContainer
 {
   public:
     /// Whether the viewport shows it.
-    OSG_FIELD(FieldContainer, 0, Active, active, bool) = true;
+    ZT_FIELD(FieldContainer, 0, Active, active, bool) = true;
     static constexpr UInt16 FieldEnd = FieldContainer::FieldEnd + 1;
 };
 
 /// The base of all foregrounds.
-class OPENSG_EXPORT Foreground : public ForegroundBase
+class ZTOPENSG_EXPORT Foreground : public ForegroundBase
 {
-    OSG_ABSTRACT_CONTAINER(Foreground)
+    ZT_ABSTRACT_CONTAINER(Foreground)
 
   public:
     /// Draws the foreground into the viewport, whether it is active or not. Neither pointer may be null.

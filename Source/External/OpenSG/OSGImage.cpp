@@ -3,7 +3,7 @@
 namespace osg::v1
 {
 
-OSG_CONTAINER_TYPE(Image, FieldContainer);
+ZT_CONTAINER_TYPE(Image, FieldContainer);
 
 bool Image::set(UInt32 pixelFormat, Int32 newWidth, Int32 newHeight, Int32 depth, Int32 mipmapCount, Int32 frameCount,
                 double frameDelay, UInt8 const* data, Int32 dataType, bool allocate, Int32 sideCount)

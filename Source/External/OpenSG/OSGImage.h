@@ -8,27 +8,27 @@
 namespace osg::v1
 {
 
-class OPENSG_EXPORT ImageBase : public FieldContainer
+class ZTOPENSG_EXPORT ImageBase : public FieldContainer
 {
   public:
     /// Size in pixels.
-    OSG_FIELD(FieldContainer, 1, Width, width, Int32) = 0;
-    OSG_FIELD(FieldContainer, 2, Height, height, Int32) = 0;
+    ZT_FIELD(FieldContainer, 1, Width, width, Int32) = 0;
+    ZT_FIELD(FieldContainer, 2, Height, height, Int32) = 0;
     /// The containers that use this image, once for each use. The parent field position of an entry is the number of
     /// the field that holds the image.
-    OSG_FIELD(FieldContainer, 0, Parents, parents, NotCopied<UserList<FieldContainerPtr>>);
+    ZT_FIELD(FieldContainer, 0, Parents, parents, NotCopied<UserList<FieldContainerPtr>>);
     /// The image's own bytes.
-    OSG_FIELD(FieldContainer, 3, Pixels, pixels, std::vector<UInt8>);
+    ZT_FIELD(FieldContainer, 3, Pixels, pixels, std::vector<UInt8>);
     /// Bytes held outside the image, borrowed, or null.
-    OSG_FIELD(FieldContainer, 4, ExternalPixels, externalPixels, UInt8*) = nullptr;
+    ZT_FIELD(FieldContainer, 4, ExternalPixels, externalPixels, UInt8*) = nullptr;
     static constexpr UInt16 FieldEnd = FieldContainer::FieldEnd + 5;
 };
 
 /// A picture of four bytes a pixel (red, green, blue, alpha, colour premultiplied by alpha), rows bottom first and
 /// directly behind each other.
-class OPENSG_EXPORT Image : public ImageBase
+class ZTOPENSG_EXPORT Image : public ImageBase
 {
-    OSG_CONTAINER(Image)
+    ZT_CONTAINER(Image)
 
   public:
     /// The pixel format (GL_RGBA) and the data type (GL_UNSIGNED_BYTE) of all images.

@@ -3,8 +3,8 @@
 namespace osg::v1
 {
 
-OSG_ABSTRACT_CONTAINER_TYPE(Material, FieldContainer);
-OSG_CONTAINER_TYPE(ChunkMaterial, Material);
+ZT_ABSTRACT_CONTAINER_TYPE(Material, FieldContainer);
+ZT_CONTAINER_TYPE(ChunkMaterial, Material);
 
 ChunkMaterial::~ChunkMaterial()
 {

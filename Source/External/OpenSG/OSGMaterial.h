@@ -8,25 +8,25 @@ namespace osg::v1
 {
 
 /// The base of all materials.
-class OPENSG_EXPORT Material : public FieldContainer
+class ZTOPENSG_EXPORT Material : public FieldContainer
 {
-    OSG_ABSTRACT_CONTAINER(Material)
+    ZT_ABSTRACT_CONTAINER(Material)
 };
 
 using MaterialPtr = FCPtr<Material>;
 
-class OPENSG_EXPORT ChunkMaterialBase : public Material
+class ZTOPENSG_EXPORT ChunkMaterialBase : public Material
 {
   public:
     /// Counted, written through ChunkMaterial::addChunk().
-    OSG_FIELD(Material, 0, Chunks, chunks, std::vector<StateChunkPtr>);
+    ZT_FIELD(Material, 0, Chunks, chunks, std::vector<StateChunkPtr>);
     static constexpr UInt16 FieldEnd = Material::FieldEnd + 1;
 };
 
 /// A material made of chunks.
-class OPENSG_EXPORT ChunkMaterial : public ChunkMaterialBase
+class ZTOPENSG_EXPORT ChunkMaterial : public ChunkMaterialBase
 {
-    OSG_CONTAINER(ChunkMaterial)
+    ZT_CONTAINER(ChunkMaterial)
 
   public:
     /// The slot of a chunk that is to come behind the others.
@@ -52,6 +52,6 @@ struct DrawChunks
 };
 
 /// The first chunk of each kind. All are null if the material is null or no osg::ChunkMaterial.
-OPENSG_EXPORT DrawChunks drawChunksOf(MaterialPtr const& material);
+ZTOPENSG_EXPORT DrawChunks drawChunksOf(MaterialPtr const& material);
 
 } // namespace osg::v1

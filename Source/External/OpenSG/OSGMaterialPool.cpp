@@ -3,7 +3,7 @@
 namespace osg::v1
 {
 
-OSG_CONTAINER_TYPE(MaterialPool, NodeCore);
+ZT_CONTAINER_TYPE(MaterialPool, NodeCore);
 
 MaterialPool::~MaterialPool()
 {

@@ -7,18 +7,18 @@
 namespace osg::v1
 {
 
-class OPENSG_EXPORT MaterialPoolBase : public NodeCore
+class ZTOPENSG_EXPORT MaterialPoolBase : public NodeCore
 {
   public:
     /// The node under which all overlays hang, counted; null until initOverlayRoot().
-    OSG_FIELD(NodeCore, 0, OverlayRoot, overlayRoot, NodePtr);
+    ZT_FIELD(NodeCore, 0, OverlayRoot, overlayRoot, NodePtr);
     static constexpr UInt16 FieldEnd = NodeCore::FieldEnd + 1;
 };
 
 /// The pool core of a scene.
-class OPENSG_EXPORT MaterialPool : public MaterialPoolBase
+class ZTOPENSG_EXPORT MaterialPool : public MaterialPoolBase
 {
-    OSG_CONTAINER(MaterialPool)
+    ZT_CONTAINER(MaterialPool)
 
   public:
     /// Makes sure that `overlayRoot` holds a node. A new one is a group under the node that has this core, if there is

@@ -7,10 +7,10 @@
 namespace osg::v1
 {
 
-OSG_ABSTRACT_CONTAINER_TYPE(NodeCore, AttachmentContainer);
-OSG_CONTAINER_TYPE(Node, AttachmentContainer);
-OSG_CONTAINER_TYPE(Group, NodeCore);
-OSG_CONTAINER_TYPE(Switch, Group);
+ZT_ABSTRACT_CONTAINER_TYPE(NodeCore, AttachmentContainer);
+ZT_CONTAINER_TYPE(Node, AttachmentContainer);
+ZT_CONTAINER_TYPE(Group, NodeCore);
+ZT_CONTAINER_TYPE(Switch, Group);
 
 namespace
 {

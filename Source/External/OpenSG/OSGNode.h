@@ -18,9 +18,9 @@ using NodePtr = FCPtr<Node>;
 using NodeCorePtr = FCPtr<NodeCore>;
 
 /// What a node is: a group, a switch, an overlay. Several nodes may share a core.
-class OPENSG_EXPORT NodeCore : public AttachmentContainer
+class ZTOPENSG_EXPORT NodeCore : public AttachmentContainer
 {
-    OSG_ABSTRACT_CONTAINER(NodeCore)
+    ZT_ABSTRACT_CONTAINER(NodeCore)
 
   public:
     /// The nodes that have this core. They are kept by Node::setCore() and hold it, not the other way round.
@@ -34,9 +34,9 @@ class OPENSG_EXPORT NodeCore : public AttachmentContainer
 
 /// A place in the tree. A node holds a reference on its core and on each child; the child's `parent` holds none.
 /// `core`, `children` and `parent` are written through the functions below; only the order of the children is free.
-class OPENSG_EXPORT Node : public AttachmentContainer
+class ZTOPENSG_EXPORT Node : public AttachmentContainer
 {
-    OSG_CONTAINER(Node)
+    ZT_CONTAINER(Node)
 
     /// The pool nodes of a tree, in a form to which others are added, and from which they are taken, without a search.
     struct PoolNodes
@@ -50,12 +50,12 @@ class OPENSG_EXPORT Node : public AttachmentContainer
     NotCopied<PoolNodes> _poolNodes;
 
   public:
-    OSG_FIELD(AttachmentContainer, 4, Parent, parent, NotCopied<NodePtr>);
+    ZT_FIELD(AttachmentContainer, 4, Parent, parent, NotCopied<NodePtr>);
     // What walks read comes last in memory: a core that is made next follows closely.
-    OSG_FIELD(AttachmentContainer, 3, Core, core, NodeCorePtr);
-    OSG_FIELD(AttachmentContainer, 0, TravMask, travMask, UInt32) = 0xFFFFFFFF;
-    OSG_FIELD(AttachmentContainer, 1, NodeFlags, nodeFlags, UInt32) = 0;
-    OSG_FIELD(AttachmentContainer, 2, Children, children, std::vector<NodePtr>);
+    ZT_FIELD(AttachmentContainer, 3, Core, core, NodeCorePtr);
+    ZT_FIELD(AttachmentContainer, 0, TravMask, travMask, UInt32) = 0xFFFFFFFF;
+    ZT_FIELD(AttachmentContainer, 1, NodeFlags, nodeFlags, UInt32) = 0;
+    ZT_FIELD(AttachmentContainer, 2, Children, children, std::vector<NodePtr>);
     static constexpr UInt16 FieldEnd = AttachmentContainer::FieldEnd + 5;
 
     /// Makes `newCore`, which may be null, this node's core. Marks nothing.
@@ -86,25 +86,25 @@ class OPENSG_EXPORT Node : public AttachmentContainer
 };
 
 /// A core that only groups its node's children.
-class OPENSG_EXPORT Group : public NodeCore
+class ZTOPENSG_EXPORT Group : public NodeCore
 {
-    OSG_CONTAINER(Group)
+    ZT_CONTAINER(Group)
 };
 
 using GroupPtr = FCPtr<Group>;
 
-class OPENSG_EXPORT SwitchBase : public Group
+class ZTOPENSG_EXPORT SwitchBase : public Group
 {
   public:
     /// Index of the chosen child, or one of Switch::AllChildren and Switch::NoChild.
-    OSG_FIELD(Group, 0, Choice, choice, Int32) = -1;
+    ZT_FIELD(Group, 0, Choice, choice, Int32) = -1;
     static constexpr UInt16 FieldEnd = Group::FieldEnd + 1;
 };
 
 /// A group that chooses one of its node's children, all of them or none.
-class OPENSG_EXPORT Switch : public SwitchBase
+class ZTOPENSG_EXPORT Switch : public SwitchBase
 {
-    OSG_CONTAINER(Switch)
+    ZT_CONTAINER(Switch)
 
   public:
     static constexpr Int32 AllChildren = -1;
@@ -145,7 +145,7 @@ Action::ResultE traverse(NodePtr const& start, Callback&& callback)
 
 /// The same with a callback of any kind.
 /// \throw std::bad_function_call if the callback is empty and the start node isn't null
-OPENSG_EXPORT Action::ResultE traverse(NodePtr const& start,
-                                       std::function<Action::ResultE(NodePtr const&)> const& callback);
+ZTOPENSG_EXPORT Action::ResultE traverse(NodePtr const& start,
+                                         std::function<Action::ResultE(NodePtr const&)> const& callback);
 
 } // namespace osg::v1

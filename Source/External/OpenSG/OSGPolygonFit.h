@@ -36,6 +36,6 @@ struct PixelFit
 ///
 /// \param area  what Viewport::getLayoutArea() gives
 /// \param width,height  the viewport's size in pixels
-OPENSG_EXPORT PixelFit fitToPixels(TexturedPolygon const& polygon, LayoutArea const& area, Int32 width, Int32 height);
+ZTOPENSG_EXPORT PixelFit fitToPixels(TexturedPolygon const& polygon, LayoutArea const& area, Int32 width, Int32 height);
 
 } // namespace osg::v1

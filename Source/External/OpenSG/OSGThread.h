@@ -3,7 +3,7 @@
 #pragma once
 
 #include "OSGBase.h"
-#include "OpenSG_export.h"
+#include "ztOpenSG_export.h"
 
 #include <array>
 #include <cstdint>
@@ -36,7 +36,7 @@ class ThreadManager
 };
 
 /// The calling thread's part in the scene graph.
-class OPENSG_EXPORT PThreadBase
+class ZTOPENSG_EXPORT PThreadBase
 {
   public:
     /// The list that records this thread's changes; null, as it is at first, records none.

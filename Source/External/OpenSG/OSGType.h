@@ -3,7 +3,7 @@
 #pragma once
 
 #include "OSGBase.h"
-#include "OpenSG_export.h"
+#include "ztOpenSG_export.h"
 
 namespace osg::v1
 {
@@ -12,7 +12,7 @@ class FieldContainer;
 class FieldContainerPtr;
 
 /// A named type with an id of its own and a link to its parent type.
-class OPENSG_EXPORT TypeBase
+class ZTOPENSG_EXPORT TypeBase
 {
   public:
     TypeBase(char const* name, TypeBase const* parent);
@@ -40,8 +40,8 @@ class OPENSG_EXPORT TypeBase
 };
 
 /// The type record of a container class. There is one for each class, made when the library that defines the class is
-/// loaded; OSG_CONTAINER and OSG_CONTAINER_TYPE declare and define it.
-class OPENSG_EXPORT FieldContainerType : public TypeBase
+/// loaded; ZT_CONTAINER and ZT_CONTAINER_TYPE declare and define it.
+class ZTOPENSG_EXPORT FieldContainerType : public TypeBase
 {
   public:
     /// \param makePrototype makes the container that all new ones are copied from; null for an abstract class.

@@ -7,7 +7,7 @@
 namespace osg::v1
 {
 
-OSG_CONTAINER_TYPE(Viewport, FieldContainer);
+ZT_CONTAINER_TYPE(Viewport, FieldContainer);
 
 Viewport::~Viewport()
 {

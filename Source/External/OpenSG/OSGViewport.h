@@ -8,20 +8,20 @@
 namespace osg::v1
 {
 
-class OPENSG_EXPORT ViewportBase : public FieldContainer
+class ZTOPENSG_EXPORT ViewportBase : public FieldContainer
 {
   public:
     /// Counted.
-    OSG_FIELD(FieldContainer, 0, Camera, camera, CameraPtr);
+    ZT_FIELD(FieldContainer, 0, Camera, camera, CameraPtr);
     /// What is shown in front of the scene, in drawing order. The entries hold no references: a foreground leaves the
     /// list before it is destroyed.
-    OSG_FIELD(FieldContainer, 1, Foregrounds, foregrounds, std::vector<ForegroundPtr>);
+    ZT_FIELD(FieldContainer, 1, Foregrounds, foregrounds, std::vector<ForegroundPtr>);
     /// Size in pixels.
-    OSG_FIELD(FieldContainer, 2, PixelWidth, pixelWidth, Int32) = 0;
-    OSG_FIELD(FieldContainer, 3, PixelHeight, pixelHeight, Int32) = 0;
+    ZT_FIELD(FieldContainer, 2, PixelWidth, pixelWidth, Int32) = 0;
+    ZT_FIELD(FieldContainer, 3, PixelHeight, pixelHeight, Int32) = 0;
     /// The lower left corner, in pixels of the window or image.
-    OSG_FIELD(FieldContainer, 4, PixelLeft, pixelLeft, Int32) = 0;
-    OSG_FIELD(FieldContainer, 5, PixelBottom, pixelBottom, Int32) = 0;
+    ZT_FIELD(FieldContainer, 4, PixelLeft, pixelLeft, Int32) = 0;
+    ZT_FIELD(FieldContainer, 5, PixelBottom, pixelBottom, Int32) = 0;
     static constexpr UInt16 FieldEnd = FieldContainer::FieldEnd + 6;
 };
 
@@ -32,9 +32,9 @@ struct LayoutArea
 };
 
 /// A part of a window, or of an image, that shows a scene through a camera.
-class OPENSG_EXPORT Viewport : public ViewportBase
+class ZTOPENSG_EXPORT Viewport : public ViewportBase
 {
-    OSG_CONTAINER(Viewport)
+    ZT_CONTAINER(Viewport)
 
   public:
     virtual Int32 getPixelWidth() { return pixelWidth; }

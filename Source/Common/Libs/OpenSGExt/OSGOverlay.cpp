@@ -11,7 +11,7 @@ constexpr BitVector pictureFields =
     OverlayBase::BackgroundTransparencyFieldMask | OverlayBase::SizeModeFieldMask | OverlayBase::SizeFieldMask;
 }
 
-OSG_CONTAINER_TYPE(Overlay, NodeCore);
+ZT_CONTAINER_TYPE(Overlay, NodeCore);
 
 Overlay::~Overlay()
 {

@@ -29,37 +29,37 @@ class ZTOPENSGEXT_EXPORT OverlayBase : public NodeCore
     // What each update reads comes first in memory, and first of all what the visible walk reads.
 
     /// The derived polygon, counted; null until the overlay library has made it.
-    OSG_FIELD(NodeCore, 11, Foreground, foreground, PolygonForeground2Ptr);
+    ZT_FIELD(NodeCore, 11, Foreground, foreground, PolygonForeground2Ptr);
     /// What the overlay shows.
-    OSG_FIELD(NodeCore, 0, ContentType, contentType, Int32) = ContentText;
-    OSG_FIELD(NodeCore, 7, SizeMode, sizeMode, Int32) = SizeAbsolute;
+    ZT_FIELD(NodeCore, 0, ContentType, contentType, Int32) = ContentText;
+    ZT_FIELD(NodeCore, 7, SizeMode, sizeMode, Int32) = SizeAbsolute;
     /// Relative: fraction of the target's height. Absolute: font size in points, truncated, of a text; height in
     /// DPI-independent pixels of a picture.
-    OSG_FIELD(NodeCore, 8, Size, size, float) = 12.0f;
+    ZT_FIELD(NodeCore, 8, Size, size, float) = 12.0f;
     /// Whether the picture has to be rendered anew.
-    OSG_FIELD(NodeCore, 12, Dirty, dirty, bool) = true;
+    ZT_FIELD(NodeCore, 12, Dirty, dirty, bool) = true;
     /// The picture of a ContentImage overlay, counted: assign it with setRefdCP(). Premultiplied alpha.
-    OSG_FIELD(NodeCore, 1, Image, image, ImagePtr);
+    ZT_FIELD(NodeCore, 1, Image, image, ImagePtr);
     /// The point at this fraction of the overlay's size lies on the point at the same fraction of the target's.
-    OSG_FIELD(NodeCore, 9, Anchor, anchor, Vec2f);
+    ZT_FIELD(NodeCore, 9, Anchor, anchor, Vec2f);
     /// Shift from there in DPI-independent pixels, x right, y up.
-    OSG_FIELD(NodeCore, 10, Offset, offset, Vec2f);
+    ZT_FIELD(NodeCore, 10, Offset, offset, Vec2f);
     /// UTF-8, lines separated by byte 10, read up to the first zero byte.
-    OSG_FIELD(NodeCore, 2, Text, text, std::string);
+    ZT_FIELD(NodeCore, 2, Text, text, std::string);
     /// Font family name, UTF-8, read up to the first zero byte.
-    OSG_FIELD(NodeCore, 3, Font, font, std::string);
+    ZT_FIELD(NodeCore, 3, Font, font, std::string);
     /// Components nominally 0 to 1.
-    OSG_FIELD(NodeCore, 4, TextColor, textColor, Color4f) = {1.0f, 1.0f, 1.0f, 1.0f};
-    OSG_FIELD(NodeCore, 5, BackgroundColor, backgroundColor, Color3f) = {0.0f, 0.0f, 0.0f};
+    ZT_FIELD(NodeCore, 4, TextColor, textColor, Color4f) = {1.0f, 1.0f, 1.0f, 1.0f};
+    ZT_FIELD(NodeCore, 5, BackgroundColor, backgroundColor, Color3f) = {0.0f, 0.0f, 0.0f};
     /// A colour whose luminance is the background's transparency.
-    OSG_FIELD(NodeCore, 6, BackgroundTransparency, backgroundTransparency, Color3f) = {1.0f, 1.0f, 1.0f};
+    ZT_FIELD(NodeCore, 6, BackgroundTransparency, backgroundTransparency, Color3f) = {1.0f, 1.0f, 1.0f};
     static constexpr UInt16 FieldEnd = NodeCore::FieldEnd + 13;
 };
 
 /// The settings of an overlay. A new one shows white text on a transparent background once it has a `text`.
 class ZTOPENSGEXT_EXPORT Overlay : public OverlayBase
 {
-    OSG_CONTAINER(Overlay)
+    ZT_CONTAINER(Overlay)
 
   public:
     /// Raises `dirty` if the mask names a field that decides the picture, unless it names `dirty` too: the writer of

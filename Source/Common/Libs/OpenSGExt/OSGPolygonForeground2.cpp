@@ -5,7 +5,7 @@
 namespace osg::v1
 {
 
-OSG_CONTAINER_TYPE(PolygonForeground2, Foreground);
+ZT_CONTAINER_TYPE(PolygonForeground2, Foreground);
 
 PolygonForeground2::~PolygonForeground2()
 {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "OSGDrawAction.h"
-#include "OpenSGGL_export.h"
+#include "ztOpenSGGL_export.h"
 
 #include <memory>
 #include <string>
@@ -36,7 +36,7 @@ namespace osg::v1
 /// // before the context goes:
 /// action.release();
 /// \endcode
-class OPENSGGL_EXPORT OpenGLDrawAction : public DrawActionBase
+class ZTOPENSGGL_EXPORT OpenGLDrawAction : public DrawActionBase
 {
   public:
     OpenGLDrawAction();
