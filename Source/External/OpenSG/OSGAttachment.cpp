@@ -1,5 +1,7 @@
 #include "OSGAttachment.h"
 
+#include "OSGRefPtr.h"
+
 #include <algorithm>
 
 namespace osg::v1
@@ -30,11 +32,12 @@ void AttachmentContainer::addAttachment(AttachmentPtr const& attachment, UInt16 
 {
     if (attachment == NullFC)
         return;
+    if (!_attachments)
+        _attachments = std::make_unique<std::vector<Entry>>();
+    makeRoom(*_attachments); // what follows can't fail
     addRef(attachment);
     UInt32 const groupId = attachment->getType().getGroupId();
     subAttachment(groupId, binding);
-    if (!_attachments)
-        _attachments = std::make_unique<std::vector<Entry>>();
     _attachments->push_back({groupId, binding, attachment});
 }
 
@@ -56,7 +59,7 @@ void AttachmentContainer::subAttachment(UInt32 groupId, UInt16 binding)
 
 void setName(AttachmentContainerPtr const& container, std::string const& name)
 {
-    NamePtr const attachment = create<Name>();
+    NewPtr<Name> const attachment;
     attachment->name = name;
     container->addAttachment(attachment);
 }

@@ -2,6 +2,8 @@
 /// Plain values that the containers hold.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -131,6 +133,14 @@ class SharedString
   private:
     std::shared_ptr<std::string const> _text;
 };
+
+/// Makes sure that a list takes one more entry without an allocation.
+template <class T>
+void makeRoom(std::vector<T>& list)
+{
+    if (list.size() == list.capacity())
+        list.reserve(std::max(2 * list.size(), std::size_t(1)));
+}
 
 /// A list field: a vector that is emptied through a virtual operation of its own.
 template <class T>

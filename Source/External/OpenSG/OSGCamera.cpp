@@ -1,5 +1,7 @@
 #include "OSGCamera.h"
 
+#include <utility>
+
 namespace osg::v1
 {
 
@@ -11,7 +13,14 @@ ZT_CONTAINER_TYPE(TileCameraDecorator, CameraDecorator);
 
 CameraDecorator::~CameraDecorator()
 {
-    subRef(decoratee);
+    // A chain goes without recursion, however long it is.
+    for (CameraPtr camera = decoratee; takeRef(camera);)
+    {
+        auto const decorator = dynamicCast<CameraDecorator>(camera);
+        CameraPtr const next = decorator != NullFC ? std::exchange(decorator->decoratee, NullFC) : CameraPtr();
+        destroy(camera);
+        camera = next;
+    }
 }
 
 } // namespace osg::v1

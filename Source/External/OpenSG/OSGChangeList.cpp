@@ -2,6 +2,8 @@
 
 #include "OSGThread.h"
 
+#include <exception>
+
 namespace osg::v1
 {
 
@@ -20,24 +22,44 @@ void PThreadBase::setCurrentChangeList(ChangeList* changeList)
     currentChangeList = changeList;
 }
 
-void ChangeList::addAddRefd(FieldContainerPtr const& container)
+void ChangeList::addAddRefd(FieldContainerPtr const& container) noexcept
 {
-    _entries.push_back({Event::AddRefd, container, 0});
+    add({Event::AddRefd, container, 0});
 }
 
-void ChangeList::addSubRefd(FieldContainerPtr const& container)
+void ChangeList::addSubRefd(FieldContainerPtr const& container) noexcept
 {
-    _entries.push_back({Event::SubRefd, container, 0});
+    add({Event::SubRefd, container, 0});
 }
 
-void ChangeList::addDestroyed(FieldContainerPtr const& container)
+void ChangeList::addDestroyed(FieldContainerPtr const& container) noexcept
 {
-    _entries.push_back({Event::Destroyed, container, 0});
+    add({Event::Destroyed, container, 0});
 }
 
-void ChangeList::addChanged(FieldContainerPtr const& container, BitVector mask)
+void ChangeList::addChanged(FieldContainerPtr const& container, BitVector mask) noexcept
 {
-    _entries.push_back({Event::Changed, container, mask});
+    add({Event::Changed, container, mask});
+}
+
+void ChangeList::add(Entry const& entry) noexcept
+{
+    if (!_isComplete)
+        return;
+    try
+    {
+        _entries.push_back(entry);
+    }
+    catch (std::exception const&)
+    {
+        _isComplete = false;
+    }
+}
+
+void ChangeList::clear()
+{
+    _entries.clear();
+    _isComplete = true;
 }
 
 } // namespace osg::v1

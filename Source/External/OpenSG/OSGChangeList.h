@@ -11,6 +11,9 @@ namespace osg::v1
 
 /// Grows by an entry for each event until the host clears it. A host sets one with PThreadBase::setCurrentChangeList()
 /// if it reads it.
+///
+/// Where the list can't be allocated, what it reports goes on all the same: counting and destruction don't fail for it.
+/// The entries then end before the first event that found no place, and isComplete() says so.
 class ZTOPENSG_EXPORT ChangeList
 {
   public:
@@ -31,15 +34,24 @@ class ZTOPENSG_EXPORT ChangeList
         BitVector mask;
     };
 
-    void addAddRefd(FieldContainerPtr const& container);
-    void addSubRefd(FieldContainerPtr const& container);
-    void addDestroyed(FieldContainerPtr const& container);
-    void addChanged(FieldContainerPtr const& container, BitVector mask);
+    void addAddRefd(FieldContainerPtr const& container) noexcept;
+    void addSubRefd(FieldContainerPtr const& container) noexcept;
+    void addDestroyed(FieldContainerPtr const& container) noexcept;
+    void addChanged(FieldContainerPtr const& container, BitVector mask) noexcept;
 
     std::vector<Entry> const& getEntries() const { return _entries; }
-    void clear() { _entries.clear(); }
+
+    /// Whether the entries are all events since the list was made or cleared. A host that mirrors the containers has to
+    /// look at these themselves where it is false.
+    bool isComplete() const { return _isComplete; }
+
+    /// Begins anew, with a list that is empty and complete.
+    void clear();
 
   private:
+    void add(Entry const& entry) noexcept;
+
+    bool _isComplete = true;
     std::vector<Entry> _entries;
 };
 

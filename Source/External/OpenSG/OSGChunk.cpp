@@ -46,6 +46,8 @@ TextureChunk::~TextureChunk()
 
 void TextureChunk::setImage(ImagePtr const& newImage)
 {
+    if (newImage != NullFC)
+        newImage->parents.makeRoom(); // what follows can't fail
     if (image != NullFC)
         image->parents.remove(this);
     addRef(newImage);

@@ -37,7 +37,7 @@ class DrawActionBase
     virtual void drawPolygon(TexturedPolygon const& polygon, Viewport& viewport) = 0;
 };
 
-/// A frame as a scope.
+/// A frame as a scope. What the action throws at its end, against the terms, is caught and lost.
 ///
 /// \code
 /// osg::DrawFrame const frame(action);
@@ -50,7 +50,17 @@ class DrawFrame
     explicit DrawFrame(DrawActionBase& action) : _action(action) { _action.beginFrame(); }
     DrawFrame(DrawFrame const&) = delete;
     DrawFrame& operator=(DrawFrame const&) = delete;
-    ~DrawFrame() { _action.endFrame(); }
+    ~DrawFrame()
+    {
+        try
+        {
+            _action.endFrame();
+        }
+        catch (...)
+        {
+            // Maybe another exception ends the scope, and it is the one to tell.
+        }
+    }
 
   private:
     DrawActionBase& _action;

@@ -105,17 +105,31 @@ class ReferenceCounting
             changeList->addAddRefd(container);
     }
 
-    static void destroy(FieldContainerPtr const& container)
+    static void sub(FieldContainerPtr const& container)
     {
-        if (ChangeList* changeList = PThreadBase::getCurrentChangeList())
-            changeList->addDestroyed(container);
-        static_assert(ThreadManager::getNumAspects() == 1, "one delete destroys the container's only aspect");
-        delete container.getContainer();
-        FieldContainerFactory::unregisterFieldContainer(container);
+        if (FieldContainer::takeRef(container))
+            FieldContainer::destroy(container);
     }
 };
 
-void addRef(FieldContainerPtr const& container)
+bool FieldContainer::takeRef(FieldContainerPtr const& container) noexcept
+{
+    if (container == NullFC)
+        return false;
+    bool const isLast = ReferenceCounting::change(container.getContainer(), -1) <= 0;
+    if (ChangeList* changeList = PThreadBase::getCurrentChangeList())
+        isLast ? changeList->addDestroyed(container) : changeList->addSubRefd(container);
+    return isLast;
+}
+
+void FieldContainer::destroy(FieldContainerPtr const& container) noexcept
+{
+    static_assert(ThreadManager::getNumAspects() == 1, "one delete destroys the container's only aspect");
+    delete container.getContainer();
+    FieldContainerFactory::unregisterFieldContainer(container);
+}
+
+void addRef(FieldContainerPtr const& container) noexcept
 {
     if (container == NullFC)
         return;
@@ -123,19 +137,13 @@ void addRef(FieldContainerPtr const& container)
     ReferenceCounting::reportAdded(container);
 }
 
-void subRef(FieldContainerPtr const& container)
+void subRef(FieldContainerPtr const& container) noexcept
 {
-    if (container == NullFC)
-        return;
     // The caller's pointer may lie in a container that is destroyed here.
-    FieldContainerPtr const target = container;
-    if (ReferenceCounting::change(target.getContainer(), -1) <= 0)
-        ReferenceCounting::destroy(target);
-    else if (ChangeList* changeList = PThreadBase::getCurrentChangeList())
-        changeList->addSubRefd(target);
+    ReferenceCounting::sub(FieldContainerPtr(container));
 }
 
-void setRefd(FieldContainerPtr& field, FieldContainerPtr value)
+void setRefd(FieldContainerPtr& field, FieldContainerPtr value) noexcept
 {
     if (field == value)
         return;

@@ -129,6 +129,11 @@ class ZTOPENSG_EXPORT FieldContainer
     /// Enters a new container into the factory's books.
     static FieldContainerPtr enter(FieldContainer* container);
 
+    /// The two halves of subRef(), for a container that would else hold its like in recursion without end: taking the
+    /// reference, which tells whether it was the last, and the end that then has to follow.
+    static bool takeRef(FieldContainerPtr const& container) noexcept;
+    static void destroy(FieldContainerPtr const& container) noexcept;
+
   private:
     friend class FieldContainerType;
     friend class ReferenceCounting;
@@ -150,24 +155,24 @@ class ZTOPENSG_EXPORT FieldContainerFactory
 };
 
 /// Adds a reference. Null: nothing happens.
-ZTOPENSG_EXPORT void addRef(FieldContainerPtr const& container);
+ZTOPENSG_EXPORT void addRef(FieldContainerPtr const& container) noexcept;
 
 /// Takes a reference; at a count of 0 or below the container is destroyed, which gives back the references that it
 /// holds. So a container that nobody has counted yet is destroyed by it too. Null: nothing happens.
-ZTOPENSG_EXPORT void subRef(FieldContainerPtr const& container);
+ZTOPENSG_EXPORT void subRef(FieldContainerPtr const& container) noexcept;
 
 /// Announces that the fields of `mask` were written: an entry in the thread's change list, then, unless
 /// FieldContainerPtr::_ignore_change is set, the container's `changed`. Null: nothing happens.
 ZTOPENSG_EXPORT void markChanged(FieldContainerPtr const& container, BitVector mask);
 
 /// The untyped form of setRefdCP().
-ZTOPENSG_EXPORT void setRefd(FieldContainerPtr& field, FieldContainerPtr value);
+ZTOPENSG_EXPORT void setRefd(FieldContainerPtr& field, FieldContainerPtr value) noexcept;
 
 /// Assigns to a counted field: the old target loses a reference, the field takes the value, the new target gets a
 /// reference. Equal pointers: nothing happens. Either may be null. The new target survives even if the old one held its
 /// only reference. Marks nothing.
 template <class T>
-void setRefdCP(FCPtr<T>& field, std::common_type_t<FCPtr<T>> const& value)
+void setRefdCP(FCPtr<T>& field, std::common_type_t<FCPtr<T>> const& value) noexcept
 {
     setRefd(field, value);
 }

@@ -16,6 +16,7 @@ bool ChunkMaterial::addChunk(StateChunkPtr const& chunk, Int32 slot)
 {
     if (chunk == NullFC || slot != AutoSlot)
         return false;
+    makeRoom(chunks); // what follows can't fail
     addRef(chunk);
     chunks.push_back(chunk);
     return true;

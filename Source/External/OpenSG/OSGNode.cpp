@@ -3,6 +3,7 @@
 #include "OSGMaterialPool.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace osg::v1
 {
@@ -33,17 +34,43 @@ std::vector<NodePtr>::const_iterator findFromBothEnds(std::vector<NodePtr> const
 
 } // namespace
 
+// A tree is destroyed without recursion, however deep it is. Meanwhile a node's children stand in reverse order, and
+// `parent` leads from a node that goes to the one that it goes with.
 Node::~Node()
 {
     parent = NullFC; // which has let go of this node, or ended
-    for (NodePtr const& child : children)
+    std::reverse(children.begin(), children.end());
+    for (Node* node = this; node;)
+        if (Node* const child = node->letGoOfChildren())
+        {
+            child->parent = NodePtr(node);
+            std::reverse(child->children.begin(), child->children.end());
+            node = child;
+        }
+        else
+        {
+            Node* const above = node->parent.get();
+            node->parent = NullFC;
+            node->leaveCore();
+            subRef(std::exchange(node->core, NullFC));
+            if (node != this)
+                destroy(NodePtr(node));
+            node = above;
+        }
+}
+
+Node* Node::letGoOfChildren()
+{
+    while (!children.empty())
     {
-        if (child->parent.get() == this)
+        NodePtr const child = children.back();
+        children.pop_back();
+        if (child != NullFC && child->parent.get() == this)
             child->parent = NullFC;
-        subRef(child);
+        if (takeRef(child))
+            return child.get();
     }
-    leaveCore();
-    subRef(core);
+    return nullptr;
 }
 
 void Node::leaveCore()
@@ -92,6 +119,8 @@ void Node::setCore(NodeCorePtr const& newCore)
 {
     if (core == newCore)
         return;
+    if (newCore != NullFC)
+        newCore->_parents.makeRoom(); // what follows can't fail
     leaveCore();
     setRefdCP(core, newCore);
     if (core == NullFC)
@@ -109,6 +138,7 @@ void Node::addChild(NodePtr const& child)
             return;
 
     NodePtr const added = child;
+    makeRoom(children); // what follows can't fail
     addRef(added);
     if (added->parent != NullFC)
         added->parent->subChild(added);
@@ -125,7 +155,8 @@ void Node::subChild(NodePtr const& child)
         return;
     NodePtr const removed = *entry;
     children.erase(entry);
-    removed->leaveParent();
+    if (removed != NullFC)
+        removed->leaveParent();
     subRef(removed);
 }
 

@@ -5,8 +5,12 @@
 #include "OSGAttachment.h"
 #include "OSGUserList.h"
 
+#include <cstddef>
 #include <functional>
+#include <memory_resource>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace osg::v1
 {
@@ -77,6 +81,9 @@ class ZTOPENSG_EXPORT Node : public AttachmentContainer
     ~Node() override;
 
   private:
+    /// Lets go of the children, kept in reverse order, up to one that has to go with this node. \return that one, or
+    /// null
+    Node* letGoOfChildren();
     void leaveCore();
     void leaveParent();
     /// What this node is itself.
@@ -124,8 +131,9 @@ struct Action
 };
 
 /// Visits a node and all below it, hidden ones too: a node before its children, the children from first to last. A null
-/// start node leads to no visit. The callback may change the children of the nodes that it sees, but destroys none of
-/// these.
+/// start node leads to no visit, nor does a null child. The callback may change the children of the nodes that it sees,
+/// but destroys none of these. A tree may be of any depth; beyond 64 levels the walk needs memory.
+/// \throw std::bad_alloc if it can't be had
 /// \return Quit if a callback returned it, which ends the walk at once; else Continue.
 template <class Callback, class = std::enable_if_t<std::is_invocable_v<Callback, NodePtr const&>>>
 Action::ResultE traverse(NodePtr const& start, Callback&& callback)
@@ -134,11 +142,29 @@ Action::ResultE traverse(NodePtr const& start, Callback&& callback)
         return Action::Continue;
     if (callback(start) == Action::Quit)
         return Action::Quit;
-    for (std::size_t i = 0; i < start->children.size(); ++i)
+    // Each node whose children are being visited, with the index of the next.
+    using Levels = std::pmr::vector<std::pair<Node const*, std::size_t>>;
+    constexpr std::size_t room = 64;
+    alignas(Levels::value_type) std::byte memory[room * sizeof(Levels::value_type)];
+    std::pmr::monotonic_buffer_resource resource(memory, sizeof(memory));
+    Levels levels(&resource);
+    levels.reserve(room);
+    levels.emplace_back(start.get(), 0);
+    while (!levels.empty())
     {
-        NodePtr const child = start->children[i];
-        if (traverse<Callback&>(child, callback) == Action::Quit)
+        auto& [node, next] = levels.back();
+        if (next >= node->children.size())
+        {
+            levels.pop_back();
+            continue;
+        }
+        NodePtr const child = node->children[next++];
+        if (child == NullFC)
+            continue;
+        if (callback(child) == Action::Quit)
             return Action::Quit;
+        if (!child->children.empty())
+            levels.emplace_back(child.get(), 0);
     }
     return Action::Continue;
 }

@@ -1,5 +1,5 @@
 /// \file
-/// A pointer that counts.
+/// Pointers that own.
 #pragma once
 
 #include "OSGFieldContainer.h"
@@ -36,6 +36,26 @@ class RefPtr : public FCPtr<T>
         std::swap(static_cast<FCPtr<T>&>(*this), static_cast<FCPtr<T>&>(other));
         return *this;
     }
+};
+
+/// A typed pointer to a new container, which is destroyed at the end of the scope if nobody has counted it by then. It
+/// is declared after those of the containers that are to hold it.
+template <class T>
+class NewPtr : public FCPtr<T>
+{
+  public:
+    NewPtr() : NewPtr(create<T>()) {}
+    explicit NewPtr(FCPtr<T> const& container) : FCPtr<T>(container) {}
+    NewPtr(NewPtr const&) = delete;
+    NewPtr& operator=(NewPtr const&) = delete;
+    ~NewPtr()
+    {
+        if (*this != NullFC && (*this)->getRefCount() == 0)
+            subRef(*this);
+    }
+
+    /// The container, which is the caller's from now on.
+    FCPtr<T> release() { return std::exchange(static_cast<FCPtr<T>&>(*this), NullFC); }
 };
 
 } // namespace osg::v1

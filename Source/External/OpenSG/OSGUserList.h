@@ -17,8 +17,8 @@ namespace osg::v1
 {
 
 /// Typed pointers, none of them null, in the order in which they were added. Any of them is removed in constant time on
-/// average, unless users stand in the list repeatedly, and the others keep their order. A list of one takes no memory
-/// beside its own.
+/// average, unless users stand in the list repeatedly, and the others keep their order. A list that never had more than
+/// one takes no memory beside its own.
 template <class Pointer>
 class UserList
 {
@@ -76,20 +76,29 @@ class UserList
     /// The list must not be empty.
     Pointer const& front() const { return *begin(); }
 
-    /// Appends a user, even if it is in the list already.
-    void push_back(Pointer const& user)
+    /// Makes sure that the next push_back() can't fail, even if entries are removed before it.
+    void makeRoom()
     {
         if (_many)
-            _many->add(user);
-        else if (!_one.getContainer())
-            _one = user;
-        else
+            osg::makeRoom(_many->entries);
+        else if (!empty())
         {
             auto many = std::make_unique<Many>();
-            many->entries = {_one, user};
+            many->entries.reserve(2);
+            many->entries.push_back(_one);
             _many = std::move(many);
             _one = Pointer();
         }
+    }
+
+    /// Appends a user, even if it is in the list already.
+    void push_back(Pointer const& user)
+    {
+        makeRoom();
+        if (_many)
+            _many->add(user);
+        else
+            _one = user;
     }
 
     /// Removes the first entry that points to a container. \return whether there was one
