@@ -1,5 +1,6 @@
 // Text before and after the host's QGuiApplication. An executable of its own: the others have one from the start.
 #include "TestSupport.h"
+#include "ztOverlayCheck.h"
 
 #include <QGuiApplication>
 
@@ -26,4 +27,11 @@ TEST_F(NoApplicationTest, TextWaitsForTheApplication)
     }
     overlay->dirty = true;
     EXPECT_FALSE(isDrawn()) << "nor is one that has ended";
+}
+
+TEST_F(NoApplicationTest, IsFoundByTheCheck)
+{
+    ztOverlays::createOverlay(makeScene());
+    auto const findings = ztOverlayCheck::inspect(osg::NullFC);
+    EXPECT_EQ(findings.at(0).kind, ztOverlayCheck::Kind::NoApplication);
 }
