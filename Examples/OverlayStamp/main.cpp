@@ -10,7 +10,12 @@
 
 #include <QDir>
 
+#include <limits>
 #include <stdexcept>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace
 {
@@ -32,10 +37,22 @@ ExitCode stamp(Options const& options)
     return report.finish() ? AllDone : NotAllDone;
 }
 
+/// Frames come and go. To get the memory of each from the system takes a fifth of the time of JPEG files.
+void keepFreedMemory()
+{
+#ifdef __GLIBC__
+    constexpr int mostThatIsKept = 32 << 20; // of the sizes that glibc takes
+    mallopt(M_MMAP_THRESHOLD, mostThatIsKept);
+    mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+    mallopt(M_ARENA_MAX, 1); // what one thread frees serves another
+#endif
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    keepFreedMemory();
     // Text needs an application, not a display.
     return runHost(argc, argv, "offscreen", parseOptions, stamp);
 }

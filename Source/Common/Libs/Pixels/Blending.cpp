@@ -100,9 +100,14 @@ void blendTwo(std::uint8_t* target, std::uint8_t const* source)
     if (hn::AllTrue(lanes, hn::Eq(hn::Or(a, b), hn::Zero(lanes))))
         return;
     auto const both = hn::BitCast(words, hn::And(a, b));
-    bool const opaque = hn::AllTrue(words, hn::Eq(hn::ShiftRight<24>(both), hn::Set(words, 255)));
-    hn::StoreU(opaque ? a : blended(hn::LoadU(lanes, target), a), lanes, target);
-    hn::StoreU(opaque ? b : blended(hn::LoadU(lanes, target + n), b), lanes, target + n);
+    if (hn::AllTrue(words, hn::Eq(hn::ShiftRight<24>(both), hn::Set(words, 255))))
+    {
+        hn::StoreU(a, lanes, target);
+        hn::StoreU(b, lanes, target + n);
+        return;
+    }
+    hn::StoreU(blended(hn::LoadU(lanes, target), a), lanes, target);
+    hn::StoreU(blended(hn::LoadU(lanes, target + n), b), lanes, target + n);
 }
 
 void blendRow(std::uint8_t* target, std::uint8_t const* source, std::size_t pixels)
