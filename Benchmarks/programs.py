@@ -46,12 +46,14 @@ def peer_arguments(height):
     return arguments + ["-gravity", "SouthEast", "-draw", f"image over {place},{place} {size},{size} '{DATA / 'logo.png'}'"]
 
 
-def cases(stamp, folder, count):
-    """Makes frames in a folder. Yields the name of a case and its contenders: name, command, folder of the outputs. A
-    program that isn't installed has no command."""
+def cases(stamp, folder, count, is_chosen):
+    """Makes frames in a folder for the cases that are chosen by their names. Yields the name of a case and its
+    contenders: name, command, folder of the outputs. A program that isn't installed has no command."""
     for suffix, size, frames in (("png", (1920, 1080), count), ("jpg", (1920, 1080), count),
                                  ("png", (3840, 2160), max(1, count // 10))):
-        name = f"{suffix} {size[0]}x{size[1]}"
+        name = f"overlay-stamp, {frames} {suffix} {size[0]}x{size[1]}"
+        if not is_chosen(name):
+            continue
         case = Path(folder) / name
         make_frames(case / "in", suffix, size, frames)
         inputs = sorted(map(str, (case / "in").iterdir()))
@@ -64,4 +66,4 @@ def cases(stamp, folder, count):
         }
         for contender in commands:
             (case / contender).mkdir()
-        yield f"overlay-stamp, {frames} {name}", [(one, commands[one], case / one) for one in commands]
+        yield name, [(one, commands[one], case / one) for one in commands]

@@ -208,10 +208,9 @@ def main():
     print("| Case | Ours | Peers, **how many times as long** |\n|---|---|---|")
     for case in filter(is_chosen, server.ask("cases")):
         measure(case, *contenders_of(server, case))
-    if is_chosen("overlay-stamp"):
-        with tempfile.TemporaryDirectory() as folder:
-            for case, commands in programs.cases(options.stamp, folder, 2 if options.is_trial else 100):
-                measure(case, [Program(*command) for command in commands])
+    with tempfile.TemporaryDirectory() as folder:
+        for case, commands in programs.cases(options.stamp, folder, 2 if options.is_trial else 100, is_chosen):
+            measure(case, [Program(*command) for command in commands])
     run = {"processor": processor(), "cases": results}
     if options.json:
         Path(options.json).write_text(json.dumps(run, indent=1) + "\n")
