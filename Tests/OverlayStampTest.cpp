@@ -105,6 +105,8 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongInTheOverlayFile)
          R"(text: expected {file}, {index} or {count}, and {{ or }} for a brace, got "{Index}")"},
         {R"("font":[")" + QByteArray(61, '1') + "\"]",
          "font: expected a string, got [\"" + std::string(58, '1') + "..."},
+        {R"("text":"a","font":"DejaVv Sanz")",
+         R"(font: expected a family of the system's fonts, got "DejaVv Sanz", did you mean "DejaVu Sans"?)"},
         {R"("contentType":"image","image":"no.png")", R"(image: can't read "no.png": File not found)"},
     };
     for (auto const& [keys, complaint] : entries)

@@ -2,6 +2,7 @@
 
 #include "Picture.h"
 #include "Placeholders.h"
+#include "ztOverlayCheck.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,7 +16,6 @@
 #include <cmath>
 #include <limits>
 #include <map>
-#include <numeric>
 #include <stdexcept>
 
 namespace ztExamples
@@ -26,7 +26,7 @@ Each overlay is an object with these keys; what is left out has the value in par
   contentType             "text" or "image" ("text")
   text                    what a text shows, lines separated by \n; needed by a text
   image                   path of the picture, relative to the JSON file; needed by an image
-  font                    font family (the system's)
+  font                    font family of the system (its default)
   textColor               [red, green, blue, alpha], each from 0 to 1 ([1, 1, 1, 1])
   backgroundColor         [red, green, blue] behind a text ([0, 0, 0])
   backgroundTransparency  0 is opaque and 1 is clear, or [red, green, blue], whose luminance counts (1)
@@ -90,33 +90,9 @@ void at(QString const& place, Check const& check)
     }
 }
 
-/// How many characters have to be inserted, removed or replaced to turn one text into the other (Wagner and
-/// Fischer, The String-to-String Correction Problem, 1974).
-int editDistance(QString const& a, QString const& b)
+[[noreturn]] void complainOfKey(QString const& key, std::vector<std::string> const& known)
 {
-    std::vector<int> row(std::size_t(b.size()) + 1);
-    std::iota(row.begin(), row.end(), 0);
-    for (int i = 0; i < a.size(); ++i)
-    {
-        int diagonal = row[0]++;
-        for (std::size_t j = 1; j < row.size(); ++j)
-        {
-            int const replaced = diagonal + (a[i] != b[int(j) - 1]);
-            diagonal = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
-        }
-    }
-    return row.back();
-}
-
-[[noreturn]] void complainOfKey(QString const& key, QStringList const& known)
-{
-    // A key much longer than any known one is far from all of them; its end decides nothing.
-    QString const start = key.left(100);
-    QString const& nearest =
-        *std::min_element(known.begin(), known.end(), [&start](QString const& a, QString const& b) {
-            return editDistance(a, start) < editDistance(b, start);
-        });
+    QString const nearest = QString::fromStdString(ztOverlayCheck::nearestName(key.toStdString(), known));
     complain(QString("unknown key, did you mean \"%1\"?").arg(nearest));
 }
 
@@ -255,11 +231,11 @@ std::map<QString, ReadKey> const& entryKeys()
     return keys;
 }
 
-QStringList entryKeyNames()
+std::vector<std::string> entryKeyNames()
 {
-    QStringList names;
+    std::vector<std::string> names;
     for (auto const& [name, read] : entryKeys())
-        names << name;
+        names.push_back(name.toStdString());
     return names;
 }
 

@@ -2,6 +2,7 @@
 /// overlay-stamp: stamps labels and pictures onto image files. It shows the smallest host that the overlay
 /// library can have: no window, no viewport, a scene of overlays only.
 
+#include "Fonts.h"
 #include "Host.h"
 #include "Options.h"
 #include "Report.h"
@@ -30,7 +31,9 @@ void makeFolder(QString const& folder)
 
 ExitCode stamp(Options const& options)
 {
-    Scene scene(readOverlayFile(options.overlayFile));
+    std::vector<OverlayEntry> const entries = readOverlayFile(options.overlayFile);
+    requireFonts(options.overlayFile, entries);
+    Scene scene(entries);
     makeFolder(options.outputDir);
     Report report(options.frames.size(), options.isQuiet);
     stampSequence(options, scene, report);
