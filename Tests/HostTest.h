@@ -12,7 +12,20 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <tuple>
+
+/// The largest difference of two pictures' colour values, or 256 if their sizes differ.
+inline int difference(QImage const& a, QImage const& b)
+{
+    if (a.size() != b.size() || a.isNull())
+        return 256;
+    QImage const p = a.convertToFormat(QImage::Format_RGBX8888), q = b.convertToFormat(QImage::Format_RGBX8888);
+    int largest = 0;
+    for (qsizetype i = 0; i < p.sizeInBytes(); ++i)
+        largest = std::max(largest, std::abs(p.constBits()[i] - q.constBits()[i]));
+    return largest;
+}
 
 /// A folder of its own is the current one as long as the test lasts.
 class HostTest : public testing::Test

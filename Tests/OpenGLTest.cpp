@@ -4,6 +4,7 @@
 #include "TestSupport.h"
 
 #include "OSGOpenGLDrawAction.h"
+#include "PainterDrawAction.h"
 #include "ztOpenSGExt.h"
 
 #include <cmath>
@@ -232,6 +233,10 @@ TEST_P(OpenGLTest, AssembledTilesEqualTheWhole)
     osg::ViewportPtr const viewport = makeViewport(width / columns, height / rows, tile);
     viewport->foregrounds = {label->foreground, picture->foreground};
     startFrom(frame);
+    osg::ImagePtr const painted = makeImage(width, height);
+    QImage device = toQImage(painted);
+    QPainter painter(&device);
+    PainterDrawAction painterAction(painter);
     for (int i = 0; i < rows * columns; ++i)
     {
         int const row = i / columns, column = i % columns;
@@ -242,8 +247,13 @@ TEST_P(OpenGLTest, AssembledTilesEqualTheWhole)
         viewport->pixelLeft = column * width / columns;
         viewport->pixelBottom = row * height / rows;
         viewport->render(&action);
+        viewport->render(&painterAction);
     }
     EXPECT_EQ(difference(readBack(width, height), whole), 0);
+    painter.end();
+    device = device.mirrored().convertToFormat(QImage::Format_RGBA8888_Premultiplied);
+    std::copy_n(device.constBits(), painted->pixels.size(), painted->pixels.begin());
+    EXPECT_LE(difference(painted, whole), 1) << "as the example of a renderer paints it";
 }
 
 TEST_P(OpenGLTest, StereoSqueezesTheLayout)

@@ -4,3 +4,28 @@ zt_add_tests(ztOverlayStampTests
     LIBRARIES ztOverlayFile GTest::gtest_main)
 target_compile_definitions(ztOverlayStampTests PRIVATE ZT_OVERLAY_STAMP="$<TARGET_FILE:ztOverlayStamp>")
 add_dependencies(ztOverlayStampTests ztOverlayStamp)
+
+# The small examples; the one with a window where there are the library for it and a display.
+zt_add_tests(ztExamplesTests
+    SOURCES ExamplesTest.cpp HostTest.h
+    LIBRARIES Qt${ZT_QT_MAJOR}::Gui GTest::gtest_main)
+target_compile_definitions(ztExamplesTests PRIVATE
+    ZT_OVERLAY_STAMP="$<TARGET_FILE:ztOverlayStamp>"
+    ZT_LABEL_EXAMPLE="$<TARGET_FILE:ztLabelExample>"
+    ZT_OWN_RENDERER_EXAMPLE="$<TARGET_FILE:ztOwnRendererExample>")
+add_dependencies(ztExamplesTests ztOverlayStamp ztLabelExample ztOwnRendererExample)
+find_program(ZT_XVFB_RUN xvfb-run)
+if(ZT_XVFB_RUN AND TARGET ztViewerExample)
+    target_compile_definitions(ztExamplesTests PRIVATE
+        ZT_XVFB_RUN="${ZT_XVFB_RUN}" ZT_VIEWER_EXAMPLE="$<TARGET_FILE:ztViewerExample>")
+    add_dependencies(ztExamplesTests ztViewerExample)
+endif()
+
+# The program in the README runs as it stands.
+file(READ ${PROJECT_SOURCE_DIR}/README.md readme)
+string(REGEX MATCH "```cpp\n([^`]*)```" readme "${readme}")
+file(GENERATE OUTPUT ReadmeHost.cpp CONTENT "${CMAKE_MATCH_1}")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/README.md)
+add_executable(ztReadmeHost ${CMAKE_CURRENT_BINARY_DIR}/ReadmeHost.cpp)
+target_link_libraries(ztReadmeHost PRIVATE zt::OverlayUtils ztCompileOptions)
+add_test(NAME ReadmeHost COMMAND ${CMAKE_COMMAND} -E env --unset=DISPLAY --unset=QT_QPA_PLATFORM $<TARGET_FILE:ztReadmeHost>)

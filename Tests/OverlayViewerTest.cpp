@@ -171,18 +171,6 @@ TEST_F(Viewer, FindsOverlaysUnderThePointerAndRendersThemAnewForAnotherScaleOnly
     }
 }
 
-/// The largest difference of two pictures' colour values, or 256 if their sizes differ.
-int difference(QImage const& a, QImage const& b)
-{
-    if (a.size() != b.size() || a.isNull())
-        return 256;
-    QImage const p = a.convertToFormat(QImage::Format_RGBX8888), q = b.convertToFormat(QImage::Format_RGBX8888);
-    int largest = 0;
-    for (qsizetype i = 0; i < p.sizeInBytes(); ++i)
-        largest = std::max(largest, std::abs(p.constBits()[i] - q.constBits()[i]));
-    return largest;
-}
-
 /// What is around all pixels of a picture that are red.
 QRect redPart(QImage const& picture)
 {

@@ -1,0 +1,33 @@
+// One label onto a picture: 01_Label INPUT OUTPUT
+#include "OSGRefPtr.h"
+#include "ztOverlayUtils.h"
+
+#include <QGuiApplication>
+#include <QImage>
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen"); // text takes fonts, not a display
+    QGuiApplication const application(argc, argv);
+    if (QGuiApplication::arguments().size() != 3)
+        return 2;
+
+    // A label. What hangs in no scene is its maker's: a RefPtr holds it as long as its scope lasts.
+    osg::RefPtr<osg::Node> const node(ztOverlays::createOverlay(osg::NullFC));
+    osg::OverlayPtr const label = osg::dynamicCast<osg::Overlay>(node->core);
+    label->text = "Take 3";
+    label->font = "DejaVu Sans";
+    label->sizeMode = osg::Overlay::SizeRelative;
+    label->size = 0.1f;            // of the picture's height
+    label->anchor = {0.5f, 0.05f}; // in the middle, near the lower edge
+    osg::markChanged(label, osg::AllFieldsMask);
+
+    // The picture's pixels as the library has them: premultiplied, bottom row first. The image works on them in place.
+    QImage pixels = QImage(argv[1]).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
+    osg::RefPtr<osg::Image> const image(osg::create<osg::Image>());
+    image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.bits(),
+               osg::Image::TypeUInt8, false, 1);
+
+    ztOverlays::blendOverlaysOntoImage({label}, image, osg::NullFC);
+    return pixels.mirrored().save(argv[2]) ? 0 : 1;
+}

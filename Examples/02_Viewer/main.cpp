@@ -1,0 +1,127 @@
+// A triangle with a label and a logo in front: 02_Viewer LOGO [FIRST.png SECOND.png]
+// R removes the label. With the names of two pictures it saves one with the label and one without, and ends.
+#include "OSGMaterialPool.h"
+#include "OSGOpenGLDrawAction.h"
+#include "OSGRefPtr.h"
+#include "ztOpenSGUtils.h"
+#include "ztOverlayUtils.h"
+
+#include <QGuiApplication>
+#include <QImage>
+
+#include <epoxy/gl.h>
+
+#include <GLFW/glfw3.h>
+
+#include <utility>
+
+namespace
+{
+
+// The scene is the host's own matter.
+void prepareTriangle()
+{
+    char const* const sources[] = {
+        "#version 330 core\nout vec3 tint; void main() { int i = gl_VertexID; tint = vec3(i == 0, i == 1, i == 2);"
+        "gl_Position = vec4(0.8 * (i - 1), 1.6 * (i % 2) - 0.8, 0, 1); }",
+        "#version 330 core\nin vec3 tint; out vec4 color; void main() { color = vec4(tint, 1); }"};
+    GLuint const program = glCreateProgram();
+    for (int i = 0; i < 2; ++i)
+    {
+        GLuint const shader = glCreateShader(i == 0 ? GL_VERTEX_SHADER : GL_FRAGMENT_SHADER);
+        glShaderSource(shader, 1, &sources[i], nullptr);
+        glCompileShader(shader);
+        glAttachShader(program, shader);
+    }
+    glLinkProgram(program);
+    glUseProgram(program);
+    GLuint corners; // none are read, but the core profile asks for an array
+    glGenVertexArrays(1, &corners);
+    glBindVertexArray(corners);
+}
+
+osg::NodePtr createLabel(osg::NodePtr const& pool)
+{
+    osg::NodePtr const node = ztOverlays::createOverlay(pool);
+    auto const label = osg::dynamicCast<osg::Overlay>(node->core);
+    label->text = "Take 3";
+    label->size = 24.0f; // points
+    label->anchor = {0.5f, 0.05f};
+    osg::markChanged(label, osg::AllFieldsMask);
+    return node;
+}
+
+void createLogo(osg::NodePtr const& pool, char const* path)
+{
+    QImage const pixels = QImage(path).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
+    auto const logo = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(pool)->core);
+    osg::setRefdCP(logo->image, osg::create<osg::Image>()); // the overlay holds it from here on
+    logo->image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.bits(),
+                     osg::Image::TypeUInt8, true, 1);
+    logo->contentType = osg::Overlay::ContentImage;
+    logo->size = 64.0f; // its height
+    logo->anchor = {1.0f, 1.0f};
+    osg::markChanged(logo, osg::AllFieldsMask);
+}
+
+// A viewport's list holds no references: what goes leaves the list first.
+void remove(osg::NodePtr const& node, osg::ViewportPtr& viewport)
+{
+    osg::NodePtr const parent = node->parent;
+    ztOverlays::removeOverlays(viewport);
+    parent->subChild(node); // its last reference: the label is gone
+    osg::markChanged(parent, osg::Node::ChildrenFieldMask);
+    ztOverlays::addOverlays(viewport);
+}
+
+void save(osg::Viewport& viewport, char const* path)
+{
+    QImage picture(viewport.pixelWidth, viewport.pixelHeight, QImage::Format_RGBX8888);
+    glReadPixels(0, 0, picture.width(), picture.height(), GL_RGBA, GL_UNSIGNED_BYTE, picture.bits());
+    picture.mirrored().save(path);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen"); // Qt has the fonts; the window is another library's
+    QGuiApplication const application(argc, argv);
+    glfwInit();
+    glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, 3);
+    glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, 3);
+    glfwWindowHint(GLFW_OPENGL_PROFILE, GLFW_OPENGL_CORE_PROFILE);
+    GLFWwindow* const window = glfwCreateWindow(640, 360, "Overlays", nullptr, nullptr);
+    if (!window || argc < 2)
+        return 2;
+    glfwMakeContextCurrent(window);
+
+    ztOpenSGUtils::setRoot(osg::create<osg::Node>()); // holds the scene
+    ztOpenSGUtils::getRoot()->setCore(osg::create<osg::MaterialPool>());
+    osg::NodePtr const pool = ztOverlays::getOverlayPoolRoot();
+    osg::NodePtr label = createLabel(pool);
+    createLogo(pool, argv[1]);
+    osg::RefPtr<osg::Viewport> viewport(osg::create<osg::Viewport>());
+    ztOverlays::addOverlays(viewport);
+
+    prepareTriangle();
+    osg::OpenGLDrawAction action;
+    for (int frame = 1; !glfwWindowShouldClose(window) && (argc < 4 || frame <= 2); ++frame)
+    {
+        glfwGetFramebufferSize(window, &viewport->pixelWidth, &viewport->pixelHeight);
+        glViewport(0, 0, viewport->pixelWidth, viewport->pixelHeight);
+        glClear(GL_COLOR_BUFFER_BIT);
+        glDrawArrays(GL_TRIANGLES, 0, 3);
+        ztOverlays::updateAllOverlays(viewport); // renders what is dirty, places the rest
+        viewport->render(&action);               // leaves OpenGL's state as it was
+        if (argc == 4)
+            save(*viewport, argv[1 + frame]);
+        glfwSwapBuffers(window);
+        glfwPollEvents();
+        if (label != osg::NullFC && (argc == 4 || glfwGetKey(window, GLFW_KEY_R) == GLFW_PRESS))
+            remove(std::exchange(label, osg::NullFC), viewport);
+    }
+    action.release(); // while its context is there
+    ztOpenSGUtils::setRoot(osg::NullFC);
+    glfwTerminate();
+}

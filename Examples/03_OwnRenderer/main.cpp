@@ -1,0 +1,47 @@
+// A scene's overlays painted onto a picture: 03_OwnRenderer INPUT LOGO OUTPUT
+#include "OSGMaterialPool.h"
+#include "PainterDrawAction.h"
+#include "ztOpenSGUtils.h"
+#include "ztOverlayUtils.h"
+
+#include <QGuiApplication>
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen"); // text takes fonts, not a display
+    QGuiApplication const application(argc, argv);
+    if (argc != 4)
+        return 2;
+    osg::NodePtr const scene = osg::create<osg::Node>();
+    scene->setCore(osg::create<osg::MaterialPool>());
+    ztOpenSGUtils::setRoot(scene); // holds it
+    osg::NodePtr const pool = ztOverlays::getOverlayPoolRoot();
+
+    auto const label = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(pool)->core);
+    label->text = "Take 3";
+    label->font = "DejaVu Sans";
+    label->anchor = {0.5f, 0.05f};
+    osg::markChanged(label, osg::AllFieldsMask);
+
+    QImage const pixels = QImage(argv[2]).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
+    auto const logo = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(pool)->core);
+    osg::setRefdCP(logo->image, osg::create<osg::Image>()); // the overlay holds it from here on
+    logo->image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.bits(),
+                     osg::Image::TypeUInt8, true, 1);
+    logo->contentType = osg::Overlay::ContentImage;
+    logo->size = 21.3f;
+    logo->anchor = {1.0f, 1.0f};
+    osg::markChanged(logo, osg::AllFieldsMask);
+
+    QImage frame = QImage(argv[1]).convertToFormat(QImage::Format_RGBA8888_Premultiplied);
+    osg::RefPtr<osg::Viewport> const viewport(osg::create<osg::Viewport>());
+    viewport->pixelWidth = frame.width();
+    viewport->pixelHeight = frame.height();
+    ztOverlays::updateAllOverlays(viewport);
+    QPainter painter(&frame);
+    PainterDrawAction action(painter);
+    ztOverlays::drawOverlays(&action, viewport.get());
+    ztOpenSGUtils::setRoot(osg::NullFC);
+    painter.end();
+    return frame.save(argv[3]) ? 0 : 1;
+}
