@@ -147,6 +147,20 @@ TEST_F(Viewer, SaysInOneLineWhatIsWrong)
     EXPECT_EQ(run("--frames 1"), Outcome(1, "", "overlay-viewer: there is no OpenGL 3.3 and no OpenGL ES 3.0 here\n"));
 }
 
+TEST_F(Viewer, SaysWhatIsAmissWithTheOverlays)
+{
+    write("a.json", R"({"overlays":[{"text": "a", "font": "DejaVu Sans"}]})");
+    EXPECT_EQ(run("--check --overlays a.json"), Outcome(0, "", ""));
+    write("a.json", R"({"overlays":[{"name": "logo", "contentType": "image", "image": "red.png", "sizeMode": "relative",
+                                     "size": 36}, {"text": ""}]})");
+    EXPECT_EQ(run("--check --overlays a.json"),
+              Outcome(1,
+                      "logo: its size is relative and 36 times the target's height; write a fraction up to 1 into "
+                      "`size`, or SizeAbsolute into `sizeMode`\n"
+                      "Overlay: it is still dirty: it has no text; write one, or take the node out of the scene\n",
+                      ""));
+}
+
 TEST_F(Viewer, FindsOverlaysUnderThePointerAndRendersThemAnewForAnotherScaleOnly)
 {
     ScreenOverlays overlays(readOverlayFile("labels.json"), {});
@@ -281,7 +295,8 @@ TEST_F(Window, IsAsBeforeOnceAKeyIsPressedTwice)
 {
     QImage const before = shown();
     QPoint const overlap(35, 293 - 1 - 35); // of red and blue
-    for (auto const& [key, color] : {std::pair{Qt::Key_V, Qt::blue}, {Qt::Key_R, Qt::blue}, {Qt::Key_H, Qt::red}})
+    for (auto const& [key, color] :
+         {std::pair{Qt::Key_V, Qt::blue}, {Qt::Key_R, Qt::blue}, {Qt::Key_H, Qt::red}, {Qt::Key_C, Qt::red}})
     {
         press(key, overlap);
         QImage const changed = shown();

@@ -25,6 +25,7 @@ one mesh; {{ and }} are braces.
 
 Keys and mouse:
   H           show or hide this list
+  C           show or hide what is amiss with the overlays, and what to do about it
   V           hide the overlay under the pointer; there, V shows it again
   drag        move an overlay
   R           reverse the order of the overlays
@@ -42,8 +43,8 @@ text has been rendered and how many textures have been uploaded since the start.
 counts. With --frames or --screenshot each frame is a sixtieth of a second and no time is shown, so that the
 pictures are always the same.
 
-Exit codes: 0 if all is well; 1 if a frame couldn't be drawn or the screenshot not be written, or there is no
-OpenGL 3.3 or OpenGL ES 3.0; 2 if the command line, the JSON file or the mesh is wrong.
+Exit codes: 0 if all is well; 1 if --check finds anything, if a frame couldn't be drawn or the screenshot not be
+written, or there is no OpenGL 3.3 or OpenGL ES 3.0; 2 if the command line, the JSON file or the mesh is wrong.
 )";
 
 void addOptions(QCommandLineParser& parser)
@@ -53,6 +54,7 @@ void addOptions(QCommandLineParser& parser)
         {"overlays", "JSON file with the overlays.", "FILE"},
         {"frames", "Quit after so many frames.", "N"},
         {"screenshot", "Save the last frame (the first without --frames); the suffix says the format.", "FILE"},
+        {"check", "Say what is amiss with the overlays, a line each, and show nothing."},
         {"size", "Size of the window in DPI-independent pixels (1280x720).", "WxH"},
     });
     parser.addPositionalArgument("MESH.obj", "Wavefront OBJ file (a built-in shape).", "[MESH.obj]");
@@ -93,6 +95,7 @@ Options parseOptions(QStringList const& arguments)
     require(!meshes.contains(QString()), "the mesh's name is empty");
     options.meshFile = meshes.value(0);
     options.overlayFile = valueOf(parser, "overlays");
+    options.isCheck = parser.isSet("check");
     options.screenshot = valueOf(parser, "screenshot");
     if (parser.isSet("screenshot"))
         requireFormat("screenshot", options.screenshot);

@@ -19,6 +19,8 @@ struct Options
     int frameCount = 0;
     /// Where a picture of the last frame goes, if not empty.
     QString screenshot;
+    /// Only say what is amiss with the overlays.
+    bool isCheck = false;
     /// Of the window, in DPI-independent pixels.
     QSize size{1280, 720};
     /// Not empty: this is asked for, and nothing else.

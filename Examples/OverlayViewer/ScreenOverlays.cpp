@@ -3,6 +3,7 @@
 #include "OSGThread.h"
 #include "OverlayNodes.h"
 #include "View.h"
+#include "ztOverlayCheck.h"
 #include "ztOverlayUtils.h"
 #include "ztPlatform.h"
 
@@ -15,6 +16,7 @@ namespace
 {
 
 constexpr char helpText[] = "  H          show or hide this list  \n"
+                            "  C          show what is amiss with the overlays  \n"
                             "  V          hide or show what is under the pointer  \n"
                             "  drag       move an overlay  \n"
                             "  R          reverse the order of the overlays  \n"
@@ -38,13 +40,19 @@ OverlayEntry createPanel(QString const& text, float size, osg::Vec2f const& anch
     return panel;
 }
 
+/// Of the panel with a text.
+float heightOf(std::string const& text)
+{
+    return std::min(0.045f * float(1 + std::count(text.begin(), text.end(), '\n')), 0.9f);
+}
+
 /// The viewer's own come first: in front of the others.
 std::vector<OverlayEntry> withPanels(std::vector<OverlayEntry> entries)
 {
-    OverlayEntry help = createPanel(helpText, 0.36f, {0.5f, 0.5f});
-    help.visible = false;
+    OverlayEntry panel = createPanel(helpText, heightOf(helpText), {0.5f, 0.5f});
+    panel.visible = false;
     OverlayEntry const status = createPanel(" ", 0.028f, {0.5f, 0.012f}); // until it is told
-    entries.insert(entries.begin(), {help, status});
+    entries.insert(entries.begin(), {panel, status});
     return entries;
 }
 
@@ -69,7 +77,7 @@ bool isRendering(osg::ChangeList::Entry const& entry)
 } // namespace
 
 ScreenOverlays::ScreenOverlays(std::vector<OverlayEntry> const& entries, Placeholders const& values)
-    : _scene(withPanels(entries)), _poolRoot(ztOverlays::getOverlayPoolRoot()), _help(_poolRoot->children[0]),
+    : _scene(withPanels(entries)), _poolRoot(ztOverlays::getOverlayPoolRoot()), _panel(_poolRoot->children[0]),
       _status(overlayOf(_poolRoot->children[1])), _viewport(osg::create<osg::Viewport>())
 {
     osg::addRef(_viewport);
@@ -113,13 +121,34 @@ void ScreenOverlays::setStatus(QString const& text)
 
 void ScreenOverlays::toggleHelp()
 {
-    toggle(_help);
+    togglePanel(helpText);
+}
+
+void ScreenOverlays::toggleFindings()
+{
+    std::string text;
+    for (ztOverlayCheck::Finding const& finding : ztOverlayCheck::inspect(_viewport))
+        text += "  " + (finding.node.empty() ? "" : finding.node + ": ") + finding.problem + "  \n      " +
+                finding.advice + "  \n";
+    togglePanel(text.empty() ? "  nothing is amiss  " : text.substr(0, text.size() - 1));
+}
+
+void ScreenOverlays::togglePanel(std::string const& text)
+{
+    osg::OverlayPtr const panel = overlayOf(_panel);
+    bool const isOther = panel->text != text;
+    setText(panel, text);
+    panel->size = heightOf(text);
+    if (isOther)
+        osg::markChanged(panel, osg::Overlay::SizeFieldMask);
+    if (!isOther || !isShown(_panel))
+        toggle(_panel);
 }
 
 void ScreenOverlays::toggleAt(QPointF const& point)
 {
     std::vector<osg::NodePtr> nodes = _poolRoot->children;
-    nodes.erase(std::find(nodes.begin(), nodes.end(), _help)); // has its own key
+    nodes.erase(std::find(nodes.begin(), nodes.end(), _panel)); // has its own keys
     osg::NodePtr const node = findAt(point, nodes);
     if (node != osg::NullFC)
         toggle(node);

@@ -33,7 +33,10 @@ class ScreenOverlays
     std::size_t renderingCount() const { return _renderingCount; }
 
     void setStatus(QString const& text);
+
+    /// Shows the keys, or what ztOverlayCheck::inspect() finds, in the middle; hides what is shown there already.
     void toggleHelp();
+    void toggleFindings();
 
     /// Hides or shows the topmost overlay at a point of the layout, hidden ones counted in.
     void toggleAt(QPointF const& point);
@@ -44,12 +47,13 @@ class ScreenOverlays
     osg::OverlayPtr visibleAt(QPointF const& point) const;
 
   private:
+    void togglePanel(std::string const& text);
     void toggle(osg::NodePtr const& node);
     void countRenderings();
 
     Scene _scene;
     osg::NodePtr _poolRoot;
-    osg::NodePtr _help;
+    osg::NodePtr _panel;
     osg::OverlayPtr _status;
     osg::ViewportPtr _viewport;
     osg::ChangeList _changes;

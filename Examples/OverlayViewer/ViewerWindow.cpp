@@ -238,6 +238,8 @@ void ViewerWindow::keyPressEvent(QKeyEvent* event)
     {
     case Qt::Key_H:
         return _overlays.toggleHelp();
+    case Qt::Key_C:
+        return _overlays.toggleFindings();
     case Qt::Key_V:
         return _overlays.toggleAt(pointerInLayout());
     case Qt::Key_R:

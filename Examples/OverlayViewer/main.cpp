@@ -7,6 +7,7 @@
 #include "Options.h"
 #include "OverlayFile.h"
 #include "ViewerWindow.h"
+#include "ztOverlayCheck.h"
 
 #include <QFileInfo>
 
@@ -15,18 +16,29 @@ namespace
 
 using namespace ztExamples;
 
+ExitCode check(ScreenOverlays& overlays, QSize const& size)
+{
+    overlays.layOut(size, 1.0);
+    auto const findings = ztOverlayCheck::inspect(overlays.viewport());
+    for (ztOverlayCheck::Finding const& finding : findings)
+        printLine(QString::fromStdString(toLine(finding)));
+    return findings.empty() ? AllDone : NotAllDone;
+}
+
 ExitCode show(Options const& options)
 {
     auto const entries =
         options.overlayFile.isEmpty() ? std::vector<OverlayEntry>() : readOverlayFile(options.overlayFile);
     Mesh mesh = options.meshFile.isEmpty() ? createTrefoilKnot() : readObjFile(options.meshFile);
+    QString const name = options.meshFile.isEmpty() ? "built-in shape" : QFileInfo(options.meshFile).fileName();
+    ScreenOverlays overlays(entries, {name, 1, 1});
+    if (options.isCheck)
+        return check(overlays, options.size);
     if (!ViewerWindow::findFormat())
     {
         printError("overlay-viewer: there is no OpenGL 3.3 and no OpenGL ES 3.0 here");
         return NotAllDone;
     }
-    QString const name = options.meshFile.isEmpty() ? "built-in shape" : QFileInfo(options.meshFile).fileName();
-    ScreenOverlays overlays(entries, {name, 1, 1});
     ViewerWindow window(std::move(mesh), overlays, options);
     window.show();
     auto const exitCode = ExitCode(QGuiApplication::exec());
