@@ -1,7 +1,7 @@
 #include "QtLibraries.h"
 
-#include <regex>
-#include <string>
+#include <cstdio>
+#include <cstring>
 
 #if __has_include(<link.h>)
 #include <link.h>
@@ -15,10 +15,10 @@ std::set<int> loadedQtMajors()
     std::set<int> majors;
 #if __has_include(<link.h>)
     auto const visit = [](dl_phdr_info* library, std::size_t, void* result) {
-        static std::regex const core(".*/libQt([0-9]+)Core\\.so.*");
-        std::cmatch match;
-        if (std::regex_match(library->dlpi_name, match, core))
-            static_cast<std::set<int>*>(result)->insert(std::stoi(match[1]));
+        char const* const slash = std::strrchr(library->dlpi_name, '/');
+        int major = 0, length = 0;
+        if (std::sscanf(slash ? slash : "", "/libQt%dCore.so%n", &major, &length) == 1 && length > 0)
+            static_cast<std::set<int>*>(result)->insert(major);
         return 0;
     };
     dl_iterate_phdr(visit, &majors);
