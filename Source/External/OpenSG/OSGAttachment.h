@@ -70,8 +70,7 @@ class ZTOPENSG_EXPORT Name : public NameBase
 
 using NamePtr = FCPtr<Name>;
 
-/// Gives a container an osg::Name, in the place of one that it has. Marks nothing.
-/// \param container must not be null.
+/// Gives a container, which must not be null, an osg::Name in the place of one that it has. Marks nothing.
 ZTOPENSG_EXPORT void setName(AttachmentContainerPtr const& container, std::string const& name);
 
 } // namespace osg::v1

@@ -34,6 +34,7 @@ struct PixelFit
 /// opposite one third has that corner truncated to whole pixels, and its extent rounded down to whole pixels, unless
 /// that leaves nothing. All other polygons stay as they are.
 ///
+/// \param polygon  borrowed for the call
 /// \param area  what Viewport::getLayoutArea() gives
 /// \param width,height  the viewport's size in pixels
 ZTOPENSG_EXPORT PixelFit fitToPixels(TexturedPolygon const& polygon, LayoutArea const& area, Int32 width, Int32 height);

@@ -20,6 +20,7 @@ namespace ztImage
 /// \param width,height  the new size in pixels
 /// \param destination  a container of the caller's, may be the source; it has bytes of its own afterwards and is marked
 ///     with all fields
+/// \param filter  what pixels are weighed with
 /// \return whether the destination has bytes; it is 0 by 0 if `source` is null or has none, if the new size is 0 or
 ///     below, has a side of more than 2^24 pixels, or takes more than 2 GiB. A null destination: nothing happens.
 ZTOPENSGUTILS_EXPORT bool scale(osg::ImagePtr const& source, int width, int height, osg::ImagePtr& destination,
