@@ -15,9 +15,7 @@ namespace ztGuides
 osg::RefPtr<osg::Node> createScene()
 {
     osg::RefPtr<osg::Node> scene(osg::create<osg::Node>());
-    osg::NodePtr const pool = osg::create<osg::Node>();
-    pool->setCore(osg::create<osg::MaterialPool>());
-    scene->addChild(pool);
+    scene->setCore(osg::create<osg::MaterialPool>());
     return scene;
 }
 //! [scene]
