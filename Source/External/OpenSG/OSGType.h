@@ -44,8 +44,8 @@ class ZTOPENSG_EXPORT TypeBase
 class ZTOPENSG_EXPORT FieldContainerType : public TypeBase
 {
   public:
-    /// The name and the parent, null for none, outlive the record. `makePrototype` makes the container that all new ones
-    /// are copied from; it is null for an abstract class. The size is that of a container in bytes.
+    /// The name and the parent, null for none, outlive the record. `makePrototype` makes the container that all new
+    /// ones are copied from; it is null for an abstract class. The size is that of a container in bytes.
     FieldContainerType(char const* name, FieldContainerType const* parent, UInt16 containerSize,
                        FieldContainer* (*makePrototype)());
     ~FieldContainerType();
