@@ -4,6 +4,7 @@
 #include "OSGPolygonFit.h"
 #include "ztOpenSGUtils.h"
 
+#include <optional>
 #include <unordered_map>
 
 namespace ztGuides
@@ -25,7 +26,7 @@ class Textures
     {
         Texture& texture = _textures[&chunk];
         if (texture.life.expired()) // a new chunk, maybe at the address of one that has ended
-            texture = {chunk.getLife(), 0, ++_lastName};
+            texture = {chunk.getLife(), std::nullopt, ++_lastName};
         if (texture.revision != chunk.getImageRevision())
         {
             // Upload here: chunk.image->pixelBuffer(), width × height × 4 bytes, bottom row first, premultiplied.
@@ -48,7 +49,7 @@ class Textures
     struct Texture
     {
         std::weak_ptr<void const> life;
-        osg::UInt64 revision;
+        std::optional<osg::UInt64> revision; // nothing before the first upload
         int name;
     };
 
@@ -79,7 +80,7 @@ class RectangleList : public osg::DrawActionBase
     void drawPolygon(osg::TexturedPolygon const& polygon, osg::Viewport& viewport) override
     {
         osg::TextureChunk* const chunk = osg::drawChunksOf(polygon.material).texture;
-        if (!chunk || chunk->image == osg::NullFC || !chunk->image->isComplete())
+        if (!chunk || chunk->image == osg::NullFC || !chunk->image->isComplete() || polygon.positions.size() < 3)
             return; // nothing to show
         osg::LayoutArea const area = viewport.getLayoutArea();
         osg::PixelFit const fit = osg::fitToPixels(polygon, area, viewport.getPixelWidth(), viewport.getPixelHeight());
