@@ -85,6 +85,9 @@ TEST_F(ContainerTest, ChildrenKnowTheirParentAndCoresTheirNodes)
     osg::NodePtr const other = osg::create<osg::Node>();
     for (osg::NodePtr const& node : {a, other, b})
         node->setCore(core);
+    other->children.assign(2, osg::NullFC); // as a host may write it
+    other->subChild(osg::NullFC);
+    EXPECT_EQ(other->children.size(), 1u);
     osg::subRef(other);
     a->setCore(osg::NullFC);
     EXPECT_EQ(core->getParents(), std::vector{b});
@@ -169,6 +172,9 @@ TEST_F(ContainerTest, ImageTakesASizeAndCopiesBytesOrUsesThemInPlace)
         EXPECT_EQ(image->pixelBuffer() == bytes, inPlace);
     }
     EXPECT_EQ(image->pixels, (std::vector<osg::UInt8>{1, 2, 3, 4}));
+    for (int size : {500, 16})
+        image->set(6408, size, size, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
+    EXPECT_LE(image->pixels.capacity(), 4096u) << "the memory of what it held is free";
 }
 
 TEST_F(ContainerTest, TextureKeepsCountsAndParentsOfItsImage)

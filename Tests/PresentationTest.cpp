@@ -45,11 +45,21 @@ class DrawingTest : public SceneTest, public osg::DrawActionBase
 {
   public:
     void beginFrame() override { drawn.push_back(osg::NullFC); }
-    void endFrame() override { drawn.push_back(osg::NullFC); }
+    void endFrame() override
+    {
+        drawn.push_back(osg::NullFC);
+        if (edit)
+            throw 1;
+    }
     void drawPolygon(osg::TexturedPolygon const& polygon, osg::Viewport&) override
     {
         drawn.push_back(polygon.material);
+        if (edit)
+            edit();
     }
+
+    /// What drawing a polygon does besides.
+    std::function<void()> edit;
 
     /// Null where a frame begins or ends.
     std::vector<osg::MaterialPtr> drawn;
@@ -98,4 +108,48 @@ TEST_F(DrawingTest, VisibleOverlaysAreAddedRemovedAndDrawn)
     viewport->foregrounds = {c, x, c, c};
     ztOverlays::removeOverlays(viewport);
     EXPECT_EQ(viewport->foregrounds, (List{x, c})) << "a core under two nodes is taken out twice";
+}
+
+TEST_F(DrawingTest, ListMayBeEditedWhileItIsDrawn)
+{
+    osg::NodePtr const root = makeNode();
+    osg::ViewportPtr const viewport = makeViewport(10, 10);
+    auto& list = viewport->foregrounds;
+    auto const destroy = [&](std::size_t i) {
+        osg::NodePtr const node = root->children[i];
+        viewport->subForeground(overlayOf(node)->foreground);
+        root->subChild(node);
+    };
+    using Edit = std::function<void()>;
+    for (auto const& [name, action, expected] :
+         {std::tuple{"cleared", Edit([&list] { list = {}; }), std::vector{0}},
+          {"the drawn one destroyed", [&] { destroy(0); }, {0, 2}},
+          {"the last one destroyed", [&] { destroy(root->children.size() - 1); }, {0, 1}},
+          {"added behind", [&list] { list.push_back(list[0]); }, {0, 1, 2}},
+          {"added in front", [&list] { list.insert(list.begin(), osg::ForegroundPtr(list[0])); }, {0, 0, 0}}})
+    {
+        list.clear();
+        drawn.clear();
+        std::vector<osg::MaterialPtr> sequence{osg::NullFC}, materials;
+        for (int i = 0; i < 3; ++i)
+        {
+            list.push_back(overlayOf(ztOverlays::createOverlay(root))->foreground);
+            materials.push_back(overlayOf(root->children.back())->foreground->material);
+        }
+        for (int const place : expected)
+            sequence.push_back(materials[std::size_t(place)]);
+        sequence.push_back(osg::NullFC);
+        edit = action;
+        viewport->render(this); // whose frame's end throws
+        EXPECT_EQ(drawn, sequence) << name;
+        while (!root->children.empty())
+            destroy(0);
+    }
+    auto const a = makeText("")->foreground, b = makeText("")->foreground;
+    list = {a, b, a, osg::NullFC};
+    Recorder recorder;
+    viewport->subForeground(a);
+    viewport->subForeground(a);
+    EXPECT_EQ(list, (std::vector<osg::ForegroundPtr>{b, osg::NullFC}));
+    EXPECT_EQ(recorder.take({{"viewport", viewport}}), "!2viewport");
 }

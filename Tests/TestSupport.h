@@ -86,7 +86,8 @@ class SceneTest : public testing::Test
     /// An image whose pixels all have one value: red, green, blue, alpha.
     osg::ImagePtr makeImage(int width, int height, std::array<int, 4> pixel = {0, 0, 0, 0});
 
-  private:
     std::vector<osg::FieldContainerPtr> _held;
+
+  private:
     std::size_t _containersBefore = osg::FieldContainerFactory::getNumContainers();
 };

@@ -2,6 +2,7 @@
 #include "OSGDrawAction.h"
 #include "TestSupport.h"
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
@@ -39,13 +40,16 @@ class CountingAction : public osg::DrawActionBase
 
 using ThreadTest = SceneTest;
 
-/// A thread's own overlays, from their making to their end. \return what they look like, stamped
+/// A scene of a thread's own, from its making to its end. \return what they look like, stamped
 std::vector<osg::UInt8> showOverlays(osg::ImagePtr const& target, osg::ImagePtr const& picture,
-                                     osg::ViewportPtr const& viewport)
+                                     osg::ViewportPtr viewport)
 {
     osg::ChangeList changes;
     osg::PThreadBase::setCurrentChangeList(&changes);
-    osg::NodePtr const root = osg::create<osg::Node>();
+    osg::NodePtr const scene = osg::create<osg::Node>();
+    scene->setCore(osg::create<osg::MaterialPool>());
+    ztOpenSGUtils::RootScope const scope(scene);
+    osg::NodePtr const root = ztOverlays::getOverlayPoolRoot();
     std::vector<osg::OverlayPtr> overlays;
     for (int i = 0; i < 4; ++i)
     {
@@ -59,15 +63,15 @@ std::vector<osg::UInt8> showOverlays(osg::ImagePtr const& target, osg::ImagePtr 
         osg::markChanged(overlay, osg::AllFieldsMask & ~osg::Overlay::DirtyFieldMask);
         overlays.push_back(overlay);
         ztOverlays::updateVisibility(root->children.back());
-        ztOverlays::updateOverlay(root->children.back(), viewport);
-        viewport->foregrounds.push_back(overlay->foreground);
     }
+    ztOverlays::updateAllOverlays(viewport);
+    ztOverlays::addOverlays(viewport);
     CountingAction action;
     viewport->render(&action);
     EXPECT_EQ(action.polygons, overlays.size());
     ztOverlays::blendOverlaysOntoImage(overlays, target, viewport);
-    viewport->foregrounds.clear();
-    osg::subRef(root);
+    ztOverlays::removeOverlays(viewport);
+    EXPECT_TRUE(viewport->foregrounds.empty());
     osg::PThreadBase::setCurrentChangeList(nullptr);
     EXPECT_GT(changes.getEntries().size(), 100u);
     return target->pixels;
@@ -75,7 +79,7 @@ std::vector<osg::UInt8> showOverlays(osg::ImagePtr const& target, osg::ImagePtr 
 
 } // namespace
 
-TEST_F(ThreadTest, OverlaysOfTheirOwnAreTheSameOnAllThreads)
+TEST_F(ThreadTest, ScenesOfTheirOwnAreTheSameOnAllThreads)
 {
     std::vector<osg::UInt8> const background = makeImage(160, 90, {10, 20, 30, 255})->pixels;
     std::vector<osg::ImagePtr> targets, pictures;
@@ -126,5 +130,22 @@ TEST_F(ThreadTest, LastReferenceIsDroppedByAnyThread)
             EXPECT_EQ(node->children.size(), 0u) << "alive while this thread holds it";
             osg::subRef(node);
         });
+    }
+}
+
+TEST_F(ThreadTest, PoolRootIsMadeByOneOfThoseWhoAsk)
+{
+    for (int round = 0; round < 100; ++round)
+    {
+        osg::NodePtr const scene = osg::create<osg::Node>();
+        scene->setCore(osg::create<osg::MaterialPool>());
+        ztOpenSGUtils::setRoot(scene);
+        std::array<osg::NodePtr, threadCount> found;
+        inParallel([&found](std::size_t i) {
+            found[i] = ztOverlays::getOverlayPoolRoot();
+            EXPECT_NE(found[i]->parent, osg::NullFC) << "complete";
+        });
+        EXPECT_EQ(scene->children, std::vector{found[0]});
+        EXPECT_EQ(std::count(found.begin(), found.end(), found[0]), threadCount);
     }
 }

@@ -16,6 +16,13 @@ TEST_F(UpdateTest, PoolRootIsMadeOnceByOneOperationAndReversedByAnother)
     Recorder recorder;
     osg::NodePtr const root = ztOverlays::getOverlayPoolRoot();
     EXPECT_EQ(recorder.take({{"R", root}, {"Pool", pool}, {"Node", poolNode}}), "+ !R +R !1Pool +R !4Node");
+    {
+        ztOpenSGUtils::RootScope const outer(osg::NullFC);
+        EXPECT_EQ(ztOverlays::getOverlayPoolRoot(), osg::NullFC) << "this thread has no scene";
+        ztOpenSGUtils::RootScope const inner(sceneRoot);
+        EXPECT_EQ(ztOverlays::getOverlayPoolRoot(), root);
+    }
+    EXPECT_EQ(ztOpenSGUtils::getRoot(), sceneRoot);
     osg::NodePtr const a = ztOverlays::createOverlay(root), b = ztOverlays::createOverlay(root);
     EXPECT_EQ(ztOverlays::getOverlayPoolRootForNode(ztOverlays::createOverlay(b)), root) << "found from an overlay";
     recorder.take();
@@ -130,4 +137,36 @@ TEST_F(UpdateTest, ActiveFollowsTheNodeAndWhatIsAbove)
     }
     ztOverlays::updateVisibility(osg::NullFC);
     ztOverlays::updateVisibility(makeNode());
+}
+
+TEST_F(UpdateTest, TreesAndChainsMayBeOfAnyDepth)
+{
+    constexpr int depth = 1000000;
+    osg::NodePtr const root = makeScene(), lowest = makeNode(makeText("lowest"));
+    osg::NodePtr top = lowest;
+    osg::CameraPtr camera = createTile(80, 60);
+    for (int i = 0; i < depth; ++i)
+    {
+        osg::NodePtr const above = osg::create<osg::Node>();
+        above->addChild(top);
+        top = above;
+        auto const decorator = osg::create<osg::ShearedStereoCameraDecorator>();
+        osg::setRefdCP(decorator->decoratee, camera);
+        camera = decorator;
+    }
+    root->addChild(top);
+    osg::ViewportPtr const viewport = makeViewport(20, 10, camera);
+    EXPECT_EQ(viewport->getLayoutArea().right, 80.0f);
+    int width, height;
+    ztOverlays::getViewportSize(viewport, width, height);
+    EXPECT_EQ(width, 80);
+    osg::setRefdCP(viewport->camera, osg::NullFC);
+    ztOverlays::updateAllOverlays(viewport);
+    std::vector<osg::OverlayPtr> visible;
+    ztOverlays::getAllVisibleOverlays(visible);
+    EXPECT_EQ(visible, std::vector{overlayOf(lowest)});
+    EXPECT_FALSE(visible.front()->dirty);
+    EXPECT_EQ(ztOverlays::getOverlayPoolRootForNode(lowest), root);
+    root->subChild(top);
+    EXPECT_EQ(lowest->parent, osg::NullFC);
 }

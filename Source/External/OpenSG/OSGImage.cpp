@@ -14,10 +14,13 @@ bool Image::set(UInt32 pixelFormat, Int32 newWidth, Int32 newHeight, Int32 depth
         newWidth = newHeight = 0;
     std::size_t const bytes = newWidth > 0 && newHeight > 0 ? std::size_t(newWidth) * std::size_t(newHeight) * 4 : 0;
 
+    std::size_t const ownBytes = allocate ? bytes : 0;
     if (data && allocate)
         pixels = std::vector<UInt8>(data, data + bytes);
+    else if (pixels.capacity() / 4 > ownBytes)
+        pixels = std::vector<UInt8>(ownBytes);
     else
-        pixels.resize(allocate ? bytes : 0);
+        pixels.resize(ownBytes);
     externalPixels = allocate || bytes == 0 ? nullptr : const_cast<UInt8*>(data);
     width = newWidth;
     height = newHeight;

@@ -35,7 +35,7 @@ class ZTOPENSG_EXPORT Image : public ImageBase
     static constexpr UInt32 FormatRGBA = 6408;
     static constexpr Int32 TypeUInt8 = 5121;
 
-    /// Gives the image a size and bytes.
+    /// Gives the image a size and bytes. It keeps at most four times the memory that its own bytes take.
     ///
     /// \param pixelFormat  FormatRGBA
     /// \param newWidth,newHeight  in pixels; with 0 or a negative value the image has the size and no bytes

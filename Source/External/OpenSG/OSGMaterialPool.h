@@ -4,6 +4,8 @@
 
 #include "OSGNode.h"
 
+#include <atomic>
+
 namespace osg::v1
 {
 
@@ -22,11 +24,17 @@ class ZTOPENSG_EXPORT MaterialPool : public MaterialPoolBase
 
   public:
     /// Makes sure that `overlayRoot` holds a node. A new one is a group under the node that has this core, if there is
-    /// one, so that a search that starts at an overlay finds the pool. Marks what it makes and changes.
+    /// one, so that a search that starts at an overlay finds the pool. Marks the new node (but not its core), this pool
+    /// and the node above. Threads may call it at the same time: one of them makes the node, and all have it
+    /// afterwards.
     void initOverlayRoot();
 
   protected:
     ~MaterialPool() override;
+
+  private:
+    /// Whether initOverlayRoot() has come to its end; it is asked without the lock that guards `overlayRoot` till then.
+    NotCopied<std::atomic<bool>> _isOverlayRootMade{};
 };
 
 using MaterialPoolPtr = FCPtr<MaterialPool>;

@@ -37,7 +37,8 @@ class ZTOPENSG_EXPORT NodeCore : public AttachmentContainer
 };
 
 /// A place in the tree. A node holds a reference on its core and on each child; the child's `parent` holds none.
-/// `core`, `children` and `parent` are written through the functions below; only the order of the children is free.
+/// `core`, `children` and `parent` are written through the functions below; only the order of the children, none of
+/// which stands there twice, is free. The destructor of a derived class may find its children and core gone.
 class ZTOPENSG_EXPORT Node : public AttachmentContainer
 {
     ZT_CONTAINER(Node)

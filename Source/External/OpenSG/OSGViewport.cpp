@@ -2,6 +2,7 @@
 
 #include "OSGDrawAction.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace osg::v1
@@ -27,9 +28,10 @@ float correctionFactor(CameraPtr const& camera)
 
 TileCameraDecoratorPtr findTile(CameraPtr const& camera)
 {
-    auto const decorator = dynamicCast<CameraDecorator>(camera);
-    auto const tile = dynamicCast<TileCameraDecorator>(decorator);
-    return tile != NullFC || decorator == NullFC ? tile : findTile(decorator->decoratee);
+    auto decorator = dynamicCast<CameraDecorator>(camera);
+    while (decorator != NullFC && dynamicCast<TileCameraDecorator>(decorator) == NullFC)
+        decorator = dynamicCast<CameraDecorator>(decorator->decoratee);
+    return dynamicCast<TileCameraDecorator>(decorator);
 }
 
 } // namespace
@@ -51,9 +53,20 @@ LayoutArea Viewport::getLayoutArea()
 void Viewport::render(DrawActionBase* action)
 {
     DrawFrame const frame(*action);
-    for (ForegroundPtr const& foreground : foregrounds)
-        if (foreground != NullFC && foreground->active)
+    std::size_t const places = foregrounds.size();
+    for (std::size_t i = 0; i < std::min(places, foregrounds.size()); ++i)
+        if (ForegroundPtr const foreground = foregrounds[i]; foreground != NullFC && foreground->active)
             foreground->draw(action, this);
+}
+
+void Viewport::subForeground(ForegroundPtr const& foreground)
+{
+    ForegroundPtr const removed = foreground; // it may be an entry
+    auto const kept = std::remove(foregrounds.begin(), foregrounds.end(), removed);
+    if (kept == foregrounds.end())
+        return;
+    foregrounds.erase(kept, foregrounds.end());
+    markChanged(ViewportPtr(this), ForegroundsFieldMask);
 }
 
 } // namespace osg::v1

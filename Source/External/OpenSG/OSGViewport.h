@@ -13,8 +13,8 @@ class ZTOPENSG_EXPORT ViewportBase : public FieldContainer
   public:
     /// Counted.
     ZT_FIELD(FieldContainer, 0, Camera, camera, CameraPtr);
-    /// What is shown in front of the scene, in drawing order. The entries hold no references: a foreground leaves the
-    /// list before it is destroyed.
+    /// What is shown in front of the scene, in drawing order. The entries hold no references: before a foreground is
+    /// destroyed, Viewport::subForeground() takes it out of each viewport that it stands in.
     ZT_FIELD(FieldContainer, 1, Foregrounds, foregrounds, std::vector<ForegroundPtr>);
     /// Size in pixels.
     ZT_FIELD(FieldContainer, 2, PixelWidth, pixelWidth, Int32) = 0;
@@ -49,7 +49,15 @@ class ZTOPENSG_EXPORT Viewport : public ViewportBase
 
     /// Draws the active foregrounds in list order, as a frame of the action, which must not be null; null entries are
     /// passed over.
+    ///
+    /// The action may edit `foregrounds` while it draws, and destroy what it took out. At each place of the list in
+    /// turn what stands there by then is drawn, and no more places than the list had at first: behind a removed entry
+    /// one moves up and isn't drawn, behind an added one it is drawn once more.
     void render(DrawActionBase* action);
+
+    /// Takes every entry of a foreground out of `foregrounds`, or every null one, and marks the list if there was any.
+    /// The others keep their order.
+    void subForeground(ForegroundPtr const& foreground);
 
   protected:
     ~Viewport() override;

@@ -15,8 +15,15 @@
 ///
 /// Sizes and coordinates are pixels of the target, which is a viewport or an image, y up from the lower edge. Pointers
 /// in arguments and results are borrowed. Nothing here reports an error: a null argument, a node that is no overlay and
-/// a missing pool, image or viewport make an operation do less or nothing. Everything runs on the calling thread.
-/// Threads can work on overlays of their own at the same time, as long as these show no common osg::Image.
+/// a missing pool, image or viewport make an operation do less or nothing.
+///
+/// An overlay ends in this order: osg::Viewport::subForeground() takes its foreground out of each viewport that may
+/// show it, attached once or more often, hidden or not; then its node leaves its parent by osg::Node::subChild(), and
+/// the parent is marked with ChildrenFieldMask.
+///
+/// Everything runs on the calling thread. Threads can work on overlays of their own at the same time, as long as these
+/// show no common osg::Image; what changes the children of one node, as making an overlay under it does, is one
+/// thread's at a time. All may ask for the pool root. Threads with a scene each say so with ztOpenSGUtils::RootScope.
 ///
 /// Text needs the host's QGuiApplication; without one a text overlay is blank and stays `dirty`.
 #pragma once
@@ -40,7 +47,8 @@ using osg::ViewportPtr;
 /// \{
 
 /// The node under which the current scene's overlays hang. It is made if the scene has a material pool and no such node
-/// yet; null without a pool.
+/// yet; null without a pool. The current scene is that of ztOpenSGUtils::getRoot(), and the first pool of a walk over
+/// the whole tree that the root stands in is the scene's.
 ZTOVERLAYUTILS_EXPORT osg::NodePtr getOverlayPoolRoot();
 
 /// The pool root of the scene that a node belongs to, null if there is none or none has been made.
