@@ -119,22 +119,36 @@ void checkHiding(osg::NodePtr const& node, osg::ViewportPtr viewport)
 }
 
 //! [remove]
-void detach(osg::OverlayPtr const& overlay, osg::ViewportPtr const& viewport)
-{
-    auto& entries = viewport->foregrounds;
-    entries.erase(std::remove(entries.begin(), entries.end(), overlay->foreground), entries.end());
-    osg::markChanged(viewport, osg::Viewport::ForegroundsFieldMask);
-}
-
 void removeOverlay(osg::NodePtr const& node, std::vector<osg::ViewportPtr> const& viewports)
 {
     for (osg::ViewportPtr const& viewport : viewports)
-        detach(overlayOf(node), viewport);
+        viewport->subForeground(overlayOf(node)->foreground); // every entry, hidden or not
     osg::NodePtr const parent = node->parent;
     parent->subChild(node); // destroys the node unless something else holds it
     osg::markChanged(parent, osg::Node::ChildrenFieldMask);
 }
 //! [remove]
+
+//! [documents]
+void updateDocument(osg::NodePtr const& root, osg::ViewportPtr const& viewport)
+{
+    ztOpenSGUtils::RootScope const scope(root); // this thread's current scene as long as the scope lasts
+    ztOverlays::updateAllOverlays(viewport);
+}
+//! [documents]
+
+void checkDocuments(osg::ViewportPtr const& viewport)
+{
+    auto const other = createScene();
+    osg::NodePtr const label = [&] {
+        ztOpenSGUtils::RootScope const scope(other);
+        return addLabel("Of another document");
+    }();
+    ztOverlays::updateAllOverlays(viewport);
+    expect(overlayOf(label)->dirty, "a scene is for itself");
+    updateDocument(other, viewport);
+    expect(!overlayOf(label)->dirty, "in the scope it is the current one");
+}
 
 //! [viewports in turn]
 void drawInTurn(std::vector<osg::ViewportPtr> const& viewports, osg::DrawActionBase& action)
@@ -195,12 +209,15 @@ void hosting()
     //! [root]
     ztOpenSGUtils::setRoot(createScene()); // holds the scene until another root, or null, is set
     //! [root]
-    auto const viewport = createViewport(1280, 720);
+    auto viewport = createViewport(1280, 720);
     osg::NodePtr const label = addLabel("Take 3");
     checkMarks(label, viewport);
     checkHiding(label, viewport);
+    ztOverlays::addOverlays(viewport);
+    show(label, false);
     removeOverlay(label, {viewport});
     expect(viewport->foregrounds.empty(), "a removed overlay leaves nothing behind");
+    checkDocuments(viewport);
     checkViewports(addLabel("Take 5"));
 }
 
