@@ -106,3 +106,33 @@ TEST_F(CompositingTest, NothingToDoIsNoHarm)
     blendOverlaysOntoImage({text}, makeImage(0, 0), osg::NullFC);
     EXPECT_EQ(frame->pixels, makeImage(20, 20, {9, 9, 9, 255})->pixels);
 }
+
+// A text takes the foreground over from the picture that it covers, in the first pass and in the second.
+TEST_F(CompositingTest, SharedForegroundShowsWhatItHoldsAtEachTurn)
+{
+    osg::ImagePtr const white = makeImage(20, 10, {255, 255, 255, 255}), frame = makeImage(60, 40);
+    osg::OverlayPtr const picture = makePicture(white, 20), text = makeText("text", 30);
+    text->backgroundColor = {0, 1, 0};
+    text->backgroundTransparency = {};
+    osg::setRefdCP(text->image, white);
+    osg::setRefdCP(text->foreground, picture->foreground);
+    blendOverlaysOntoImage({picture, text}, frame, osg::NullFC);
+    using Pixel = std::array<int, 4>;
+    EXPECT_EQ(pixelAt(frame, 19, 9), (Pixel{255, 255, 255, 255})) << "the picture, at its own size";
+    EXPECT_EQ(pixelAt(frame, 39, 19), (Pixel{0, 255, 0, 255})) << "the text, at the picture's";
+    EXPECT_EQ(pixelAt(frame, 40, 19), Pixel());
+}
+
+TEST_F(CompositingTest, TargetStaysWhileAnOverlayLetsGoOfIt)
+{
+    osg::OverlayPtr const overlay = makeText("text");
+    ztOverlays::updateOverlay(overlay, 100, 100);
+    osg::ImagePtr const target = shownImage(overlay), picture = makeImage(4, 4);
+    osg::setRefdCP(overlay->image, picture);
+    overlay->contentType = 2;
+    overlay->dirty = false;
+    Recorder recorder;
+    blendOverlaysOntoImage({overlay}, target, osg::NullFC);
+    EXPECT_EQ(recorder.take({{"T", target}, {"P", picture}}), "+T +P -T !1 !8 +P !8T -P xT");
+    EXPECT_EQ(shownImage(overlay), picture);
+}

@@ -107,6 +107,7 @@ TEST_F(ConstructionTest, SlotFollowsContentTypeAndMarksOnlyAChange)
                                                        {1, picture, true},
                                                        {2, picture, false},
                                                        {2, other, true},
+                                                       {0, picture, false},
                                                        {0, other, true},
                                                        {1, none, true}})
     {
@@ -130,13 +131,17 @@ TEST_F(ConstructionTest, SlotFollowsContentTypeAndMarksOnlyAChange)
     ztOverlays::updateOverlayImage(overlay, 100, 100);
     EXPECT_EQ(shownImage(overlay)->height, 50);
 
-    // A material without chunks is left alone; a text has nothing to draw into then.
-    osg::setRefdCP(overlay->foreground->material, osg::create<osg::ChunkMaterial>());
-    for (int contentType : {1, 0})
+    // A material without a texture in the first place is left alone; a text has nothing to draw into then.
+    auto const chunkMaterial = osg::create<osg::ChunkMaterial>();
+    osg::MaterialPtr const materials[] = {chunkMaterial, chunkMaterial, osg::NullFC};
+    for (std::size_t i = 0; i < 6; ++i)
     {
-        overlay->contentType = contentType;
+        osg::setRefdCP(overlay->foreground->material, materials[i / 2]);
+        if (i == 2)
+            chunkMaterial->addChunk(osg::create<osg::BlendChunk>(), osg::ChunkMaterial::AutoSlot);
+        overlay->contentType = int(i % 2);
         overlay->dirty = true;
-        ztOverlays::updateOverlay(overlay, 100, 100);
-        EXPECT_EQ(overlay->dirty, contentType == 0);
+        ztOverlays::blendOverlaysOntoImage({overlay}, picture, osg::NullFC);
+        EXPECT_EQ(overlay->dirty, i % 2 == 0);
     }
 }

@@ -179,7 +179,15 @@ Row const rows[] = {
      [](Scene& s) {
          s.viewport->foregrounds = {s.text->foreground, s.shown->foreground};
      }},
+    {"create", [](Scene& s) { ztOverlays::createOverlay(s.spare); }},
+    {"duplicate", [](Scene& s) { ztOverlays::duplicateOverlay(s.root, s.shown); }, [](Scene& s) { s.share(); }},
     {"update", [](Scene& s) { ztOverlays::updateAllOverlays(s.viewport); }, [](Scene&) {}, false},
+    {"stamp",
+     [](Scene& s) {
+         std::fill(s.frame->pixels.begin(), s.frame->pixels.end(), osg::UInt8(9));
+         ztOverlays::blendOverlaysOntoImage({s.text, s.shown}, s.frame, s.viewport);
+     },
+     [](Scene& s) { s.shown->size = 20; }, false},
 };
 
 } // namespace

@@ -1,6 +1,9 @@
 #include "Construction.h"
 
 #include "ImageSlot.h"
+#include "OSGRefPtr.h"
+#include "OverlayAccess.h"
+#include "VisibleWalk.h"
 #include "ztNodeUtils.h"
 #include "ztOpenSGExt.h"
 #include "ztOverlayUtils.h"
@@ -34,7 +37,7 @@ osg::BlendChunkPtr createBlendChunk()
 
 void fill(osg::ChunkMaterialPtr const& material, osg::TextureChunkPtr const& texture)
 {
-    osg::BlendChunkPtr const blend = createBlendChunk();
+    osg::NewPtr<osg::BlendChunk> const blend(createBlendChunk());
     osg::StateChunkPtr const shader = ztOpenSGExt::createBackplateShader(false, false);
     material->addChunk(texture, osg::ChunkMaterial::AutoSlot);
     material->addChunk(blend, osg::ChunkMaterial::AutoSlot);
@@ -58,12 +61,56 @@ void fill(osg::PolygonForeground2Ptr const& foreground, osg::ChunkMaterialPtr co
     osg::markChanged(foreground, osg::AllFieldsMask);
 }
 
-void append(osg::NodePtr const& parent, osg::NodePtr const& child)
+osg::PolygonForeground2Ptr createForeground(osg::Overlay const& overlay)
+{
+    // What each update reads is allocated at once, to lie close together in memory.
+    osg::NewPtr<osg::PolygonForeground2> foreground(osg::create<osg::PolygonForeground2>());
+    foreground->positions.reserve(4);
+    osg::NewPtr<osg::ChunkMaterial> const material(osg::create<osg::ChunkMaterial>());
+    material->chunks.reserve(3);
+    osg::NewPtr<osg::TextureChunk> const texture(osg::create<osg::TextureChunk>());
+
+    if (overlay.contentType == osg::Overlay::ContentText)
+        fill(texture, osg::NewPtr<osg::Image>(createBlankImage()));
+    else
+        fill(texture, overlay.image);
+    fill(material, texture);
+    fill(foreground, material);
+    return foreground.release();
+}
+
+/// The settings of an overlay. The copy's fields hold no references of their own yet: they are null.
+osg::OverlayPtr copyWithoutReferences(osg::Overlay const& source)
+{
+    auto const copy = osg::dynamicCast<osg::Overlay>(source.shallowCopy());
+    copy->image = osg::NullFC;
+    copy->foreground = osg::NullFC;
+    return copy;
+}
+
+/// Appends a new node to a parent, which may be null, and completes it there. If that fails, the node goes.
+template <class Complete>
+osg::NodePtr append(osg::NodePtr const& parent, osg::NewPtr<osg::Node>& node, Complete const& complete)
 {
     if (parent == osg::NullFC)
-        return;
-    parent->addChild(child);
-    osg::markChanged(parent, osg::Node::ChildrenFieldMask);
+    {
+        complete();
+        return node.release();
+    }
+    parent->addChild(node);
+    osg::NodePtr const child = node.release();
+    try
+    {
+        osg::markChanged(parent, osg::Node::ChildrenFieldMask);
+        complete();
+    }
+    catch (...)
+    {
+        parent->subChild(child);
+        osg::markChanged(parent, osg::Node::ChildrenFieldMask);
+        throw;
+    }
+    return child;
 }
 
 bool isSwitch(osg::NodePtr const& node)
@@ -75,53 +122,38 @@ bool isSwitch(osg::NodePtr const& node)
 
 void initOverlay(osg::OverlayPtr overlay)
 {
-    // What each update reads is allocated at once, to lie close together in memory.
-    auto const foreground = osg::create<osg::PolygonForeground2>();
-    foreground->positions.reserve(4);
-    auto const material = osg::create<osg::ChunkMaterial>();
-    material->chunks.reserve(3);
-    auto const texture = osg::create<osg::TextureChunk>();
-
-    bool const isText = overlay->contentType == osg::Overlay::ContentText;
-    fill(texture, isText ? createBlankImage() : overlay->image);
-    fill(material, texture);
-    fill(foreground, material);
-    osg::setRefdCP(overlay->foreground, foreground);
+    osg::setRefdCP(overlay->foreground, createForeground(*overlay));
     osg::markChanged(overlay, osg::AllFieldsMask);
 }
 
 osg::NodePtr createOverlay(osg::NodePtr const& parent)
 {
-    auto const node = osg::create<osg::Node>();
+    osg::NewPtr<osg::Node> node(osg::create<osg::Node>());
     bool const hidden = isSwitch(parent);
     node->setCore(osg::create<osg::Overlay>());
     node->nodeFlags |= overlayNodeFlag;
     node->travMask = hidden ? 0 : 0xFFFFFFFF;
     osg::markChanged(node, osg::AllFieldsMask);
-    append(parent, node);
-    initOverlay(osg::dynamicCast<osg::Overlay>(node->core));
-    return node;
+    osg::OverlayPtr const overlay = overlayOf(node);
+    return append(parent, node, [&] { initOverlay(overlay); });
 }
 
 osg::NodePtr duplicateOverlay(osg::NodePtr const& parent, OverlayPtr const& source)
 {
     if (source == osg::NullFC)
         return osg::NullFC;
-    auto const node = osg::create<osg::Node>();
-    auto const overlay = osg::dynamicCast<osg::Overlay>(source->shallowCopy());
-    node->setCore(overlay);
+    osg::NewPtr<osg::Node> node(osg::create<osg::Node>());
+    node->setCore(copyWithoutReferences(*source));
     node->nodeFlags |= overlayNodeFlag;
     osg::markChanged(node, osg::AllFieldsMask);
-    // The copy's fields hold no references of their own yet.
-    osg::addRef(overlay->image);
-    osg::addRef(overlay->foreground);
-    append(parent, node);
-    initOverlay(overlay);
-
-    bool const shown = node->travMask == 0xFFFFFFFF;
-    overlay->foreground->active = shown && !ztNodeUtils::hasInActiveParent(node);
-    osg::markChanged(overlay->foreground, osg::PolygonForeground2::ActiveFieldMask);
-    return node;
+    osg::OverlayPtr const overlay = overlayOf(node);
+    osg::setRefdCP(overlay->image, source->image);
+    osg::setRefdCP(overlay->foreground, source->foreground);
+    return append(parent, node, [&, added = osg::NodePtr(node)] {
+        initOverlay(overlay);
+        overlay->foreground->active = isShown(*added) && !ztNodeUtils::hasInActiveParent(added);
+        osg::markChanged(overlay->foreground, osg::PolygonForeground2::ActiveFieldMask);
+    });
 }
 
 } // namespace ztOverlays

@@ -1,5 +1,7 @@
 #include "ImageSlot.h"
 
+#include "OSGRefPtr.h"
+
 #include <cstring>
 
 namespace ztOverlays
@@ -30,16 +32,16 @@ void clearImage(osg::ImagePtr const& image)
 
 osg::ImagePtr createBlankImage()
 {
-    auto const image = osg::create<osg::Image>();
+    osg::NewPtr<osg::Image> image(osg::create<osg::Image>());
     clearImage(image);
-    return image;
+    return image.release();
 }
 
 osg::ImagePtr setBlankImage(osg::PolygonForeground2Ptr const& foreground)
 {
     if (slotOf(foreground) == osg::NullFC)
         return osg::NullFC;
-    osg::ImagePtr const image = createBlankImage();
+    osg::NewPtr<osg::Image> const image(createBlankImage());
     setImage(foreground, image);
     return image;
 }

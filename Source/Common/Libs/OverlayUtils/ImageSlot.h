@@ -1,7 +1,7 @@
 /// \file
-/// The place of the shown image: the texture chunk that comes first in the foreground's material.
+/// The slot of the shown image: the texture chunk that comes first in the foreground's material.
 ///
-/// The foreground's material is an osg::ChunkMaterial whose first chunk, if it has any, is an osg::TextureChunk.
+/// A foreground whose material is no osg::ChunkMaterial that begins with an osg::TextureChunk has no such slot.
 #pragma once
 
 #include "OSGOverlay.h"
@@ -9,22 +9,23 @@
 namespace ztOverlays
 {
 
-/// The chunk that holds the image, null without chunks.
+/// The chunk that holds the image, null without a slot.
 inline osg::TextureChunkPtr slotOf(osg::PolygonForeground2Ptr const& foreground)
 {
     auto const material = osg::dynamicCast<osg::ChunkMaterial>(foreground->material);
-    return material->chunks.empty() ? osg::TextureChunkPtr()
-                                    : osg::dynamicCast<osg::TextureChunk>(material->chunks.front());
+    if (material == osg::NullFC || material->chunks.empty())
+        return osg::NullFC;
+    return osg::dynamicCast<osg::TextureChunk>(material->chunks.front());
 }
 
-/// The image in the slot, borrowed. Null without chunks.
+/// The image in the slot, borrowed. Null without a slot.
 inline osg::ImagePtr getImage(osg::PolygonForeground2Ptr const& foreground)
 {
     osg::TextureChunkPtr const slot = slotOf(foreground);
     return slot != osg::NullFC ? slot->image : osg::ImagePtr();
 }
 
-/// Puts an image, which may be null, into the slot and marks the chunk. Without chunks: nothing happens.
+/// Puts an image, which may be null, into the slot and marks the chunk. Without a slot: nothing happens.
 void setImage(osg::PolygonForeground2Ptr const& foreground, osg::ImagePtr const& image);
 
 /// Turns an image into 16 by 16 transparent pixels and marks it.
@@ -33,14 +34,14 @@ void clearImage(osg::ImagePtr const& image);
 /// A new image as clearImage() leaves it.
 osg::ImagePtr createBlankImage();
 
-/// Puts a new blank image into the slot. \return the image, borrowed; null without chunks
+/// Puts a new blank image into the slot. \return the image, borrowed; null without a slot
 osg::ImagePtr setBlankImage(osg::PolygonForeground2Ptr const& foreground);
 
 /// Brings the slot in line with `contentType`: a picture stands in it, and a text never renders into the picture. The
 /// overlay has a foreground.
 ///
 /// \return the image in the slot, borrowed. Null for a picture that is null, for a text that has a picture beside an
-///     empty slot, and for a text without chunks.
+///     empty slot, and for a text without a slot.
 osg::ImagePtr syncImage(osg::OverlayPtr const& overlay);
 
 /// Whether syncImage() has nothing to do.

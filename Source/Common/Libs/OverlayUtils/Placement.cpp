@@ -80,6 +80,7 @@ void placeOverlay(osg::Overlay& overlay, osg::Image const* image, int targetWidt
     auto& positions = overlay.foreground->positions;
     if (isAt(positions, corners))
         return;
+    positions.reserve(4); // or nothing changes
     positions.clear();
     positions.push_back({corners.x0, corners.y0});
     positions.push_back({corners.x1, corners.y0});

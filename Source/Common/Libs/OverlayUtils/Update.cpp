@@ -28,6 +28,17 @@ bool render(OverlayPtr const& overlay, int viewportHeight)
     return isDrawn;
 }
 
+void renderAndPlace(OverlayPtr const& overlay, int viewportWidth, int viewportHeight)
+{
+    if (overlay->foreground == osg::NullFC)
+        initOverlay(overlay);
+    if (!render(overlay, viewportHeight))
+        return;
+    overlay->dirty = false;
+    osg::markChanged(overlay, osg::OverlayBase::DirtyFieldMask);
+    updateOverlayPosition(overlay, viewportWidth, viewportHeight);
+}
+
 bool hasOtherHeight(osg::Overlay const& overlay, osg::Image const* image, int viewportHeight)
 {
     return overlay.sizeMode == osg::Overlay::SizeRelative && image &&
@@ -40,13 +51,20 @@ void updateOverlayImage(OverlayPtr const& overlay, int viewportWidth, int viewpo
 {
     if (overlay == osg::NullFC)
         return;
-    if (overlay->foreground == osg::NullFC)
-        initOverlay(overlay);
-    if (!render(overlay, viewportHeight))
-        return;
-    overlay->dirty = false;
-    osg::markChanged(overlay, osg::OverlayBase::DirtyFieldMask);
-    updateOverlayPosition(overlay, viewportWidth, viewportHeight);
+    ImagePtr const shown = overlay->foreground != osg::NullFC ? getImage(overlay->foreground) : ImagePtr();
+    try
+    {
+        renderAndPlace(overlay, viewportWidth, viewportHeight);
+    }
+    catch (...)
+    {
+        if (overlay->foreground != osg::NullFC && getImage(overlay->foreground) != shown)
+        {
+            overlay->dirty = true; // what has taken its place is blank
+            osg::markChanged(overlay, osg::OverlayBase::DirtyFieldMask);
+        }
+        throw;
+    }
 }
 
 void updateOverlayImage(osg::NodePtr const& node, ViewportPtr const& viewport)

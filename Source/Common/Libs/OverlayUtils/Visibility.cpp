@@ -22,7 +22,16 @@ void traverseVisibleOverlays(std::function<void(OverlayPtr&)> const& callback)
 
 void getAllVisibleOverlays(std::vector<OverlayPtr>& overlays)
 {
-    visitVisible(getOverlayPoolRoot().get(), [&overlays](OverlayPtr& overlay) { overlays.push_back(overlay); });
+    std::size_t const before = overlays.size();
+    try
+    {
+        visitVisible(getOverlayPoolRoot().get(), [&overlays](OverlayPtr& overlay) { overlays.push_back(overlay); });
+    }
+    catch (...)
+    {
+        overlays.resize(before);
+        throw;
+    }
 }
 
 } // namespace ztOverlays
