@@ -30,8 +30,9 @@ class ZTOPENSGEXT_EXPORT OverlayBase : public NodeCore
 
     /// The derived polygon, counted; null until the overlay library has made it.
     ZT_FIELD(NodeCore, 11, Foreground, foreground, PolygonForeground2Ptr);
-    /// What the overlay shows.
+    /// What the overlay shows. Any value but ContentText makes it a picture; stamping resamples ContentImage alone.
     ZT_FIELD(NodeCore, 0, ContentType, contentType, Int32) = ContentText;
+    /// Any value but SizeAbsolute makes the size relative; SizeRelative alone renders a text anew for another height.
     ZT_FIELD(NodeCore, 7, SizeMode, sizeMode, Int32) = SizeAbsolute;
     /// Relative: fraction of the target's height. Absolute: font size in points, truncated, of a text; height in
     /// DPI-independent pixels of a picture.

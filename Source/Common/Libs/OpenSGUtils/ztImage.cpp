@@ -22,10 +22,14 @@ bool hasBytes(osg::ImagePtr const& image)
     return image != osg::NullFC && image->isComplete();
 }
 
+bool hasPossibleSides(int width, int height)
+{
+    return width > 0 && height > 0 && width <= maxSide && height <= maxSide;
+}
+
 bool isPossible(int width, int height)
 {
-    return width > 0 && height > 0 && width <= maxSide && height <= maxSide &&
-           std::int64_t(width) * height * channels <= maxBytes;
+    return hasPossibleSides(width, height) && std::int64_t(width) * height * channels <= maxBytes;
 }
 
 void setSize(osg::ImagePtr const& image, int width, int height)
@@ -61,7 +65,8 @@ bool scale(osg::ImagePtr const& source, int width, int height, osg::ImagePtr& de
 {
     if (destination == osg::NullFC)
         return false;
-    bool const possible = hasBytes(source) && isPossible(width, height);
+    bool const possible =
+        hasBytes(source) && hasPossibleSides(source->width, source->height) && isPossible(width, height);
     std::vector<UInt8> bytes;
     if (possible)
     {

@@ -1,5 +1,6 @@
 /// \file
-/// Operations on the pixels of images. All colour is premultiplied by alpha.
+/// Operations on the pixels of images. All colour is premultiplied by alpha. An image with fewer bytes than its size
+/// needs counts as one without; how many there are at `externalPixels`, nobody can tell.
 #pragma once
 
 #include "OSGImage.h"
@@ -20,9 +21,11 @@ namespace ztImage
 /// \param width,height  the new size in pixels
 /// \param destination  a container of the caller's, may be the source; it has bytes of its own afterwards and is marked
 ///     with all fields
-/// \param filter  what pixels are weighed with
+/// \param filter  of any support and weights; each new column and row takes 4 bytes for each weight
 /// \return whether the destination has bytes; it is 0 by 0 if `source` is null or has none, if the new size is 0 or
-///     below, has a side of more than 2^24 pixels, or takes more than 2 GiB. A null destination: nothing happens.
+///     below or takes more than 2 GiB, or if a side of either is longer than 2^24 pixels. A null destination: nothing
+///     happens.
+/// \throw std::bad_alloc, std::length_error, what the filter throws; the destination is then as before
 ZTOPENSGUTILS_EXPORT bool scale(osg::ImagePtr const& source, int width, int height, osg::ImagePtr& destination,
                                 ztImageGenericFilter const& filter);
 
@@ -39,6 +42,7 @@ ZTOPENSGUTILS_EXPORT bool scale(osg::ImagePtr const& source, int width, int heig
 /// \param additive  how far the source adds light instead of covering the target: source alpha × (1 − `additive`) is
 ///     what covers; 0.0 blends over, 1.0 adds
 /// \return whether any pixel of the target lies under the source; false too if one of the two is null or has no bytes
+/// \throw std::bad_alloc if a source that is the target can't be copied, which is then as before
 ZTOPENSGUTILS_EXPORT bool blendImage(osg::ImagePtr const& target, osg::ImagePtr const& source,
                                      osg::Vector<float, 3u> position, osg::Color4<float> color, float opacity,
                                      float additive);
