@@ -67,8 +67,11 @@ Node* Node::letGoOfChildren()
         children.pop_back();
         if (child != NullFC && child->parent.get() == this)
             child->parent = NullFC;
-        if (takeRef(child))
+        if (!takeRef(child))
+            continue;
+        if (!child->children.empty())
             return child.get();
+        destroy(child);
     }
     return nullptr;
 }

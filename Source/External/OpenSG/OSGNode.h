@@ -82,8 +82,8 @@ class ZTOPENSG_EXPORT Node : public AttachmentContainer
     ~Node() override;
 
   private:
-    /// Lets go of the children, kept in reverse order, up to one that has to go with this node. \return that one, or
-    /// null
+    /// Lets go of the children, kept in reverse order, up to one that goes with this node and has children itself.
+    /// \return that one, or null
     Node* letGoOfChildren();
     void leaveCore();
     void leaveParent();
