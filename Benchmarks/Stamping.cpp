@@ -23,12 +23,12 @@ struct Stamping
         ztOverlays::getAllVisibleOverlays(overlays);
         frame.fill(QColor(90, 110, 130));
         logo = logo.convertToFormat(frame.format());
-        ztExamples::stamp(frame, osg::NullFC);
+        scene.stamp(frame, osg::NullFC);
     }
 
     bool isText(osg::OverlayPtr const& overlay) const { return overlay->contentType == osg::Overlay::ContentText; }
 
-    void stamp() { ztExamples::stamp(frame, osg::NullFC); }
+    void stamp() { scene.stamp(frame, osg::NullFC); }
 
     void stampFirst()
     {

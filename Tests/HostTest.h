@@ -7,8 +7,8 @@
 #include <QColor>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
-#include <QImageWriter>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -56,11 +56,13 @@ class HostTest : public testing::Test
         return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     }
 
-    Outcome run(QString const& arguments) const
+    /// \param launcher  a program, and arguments of its own, that runs the host
+    Outcome run(QString const& arguments, QString const& launcher = "") const
     {
+        QStringList words = launcher.split(' ', Qt::SkipEmptyParts) + QStringList(_program) + arguments.split(' ');
         QProcess process;
         process.setProcessEnvironment(_environment);
-        process.start(_program, arguments.split(' '));
+        process.start(words.takeFirst(), words);
         EXPECT_TRUE(process.waitForFinished(120000));
         return {process.exitCode(), process.readAllStandardOutput().toStdString(),
                 process.readAllStandardError().toStdString()};
@@ -74,10 +76,18 @@ class HostTest : public testing::Test
         EXPECT_EQ(names(), before) << arguments.toStdString();
     }
 
-    /// The end of the complaint about a format that can't be written.
-    static std::string writableFormats()
+    /// Runs the host with arguments that are right where the system gives too little.
+    void expectNeeds(QString const& arguments) const
     {
-        return "only " + QImageWriter::supportedImageFormats().join(", ").toStdString();
+        write("full", "exec \"$@\" >/dev/full");
+        std::string const name = QFileInfo(_program).fileName().toStdString();
+        std::tuple<char const*, QString, std::string> const rows[] = {
+            {"prlimit --stack=1000000000000", arguments, "can't start a thread: Resource temporarily unavailable"},
+            {"prlimit --nofile=6", arguments, "can't open the files that are needed: Too many open files"},
+            {"sh full", "--help", "can't write to the standard output stream: No space left on device"},
+        };
+        for (auto const& [launcher, words, complaint] : rows)
+            EXPECT_EQ(run(words, launcher), Outcome(1, "", name + ": " + complaint + "\n")) << launcher;
     }
 
     QTemporaryDir _folder;

@@ -7,10 +7,14 @@
 #include <QBuffer>
 #include <QColorSpace>
 #include <QImageReader>
+#include <QImageWriter>
 #include <QPainter>
+#include <QRegularExpression>
 
 #include <limits>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace
 {
@@ -40,7 +44,11 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
 {
     ASSERT_TRUE(QDir().mkdir("sub"));
     writePicture("sub/frame.png", Qt::red, {60, 40});
-    ASSERT_TRUE(QFile::link("frame.png", "link.png"));
+    ASSERT_TRUE(QFile::link("frame.png", "link.png") && QFile::link(".", "same"));
+    ASSERT_TRUE(QFile::link("none.png", "sub/red.png") && QFile::link("none.png", "sub/hard.png"));
+    ASSERT_TRUE(link("frame.png", "hard.png") == 0 && link("labels.json", "labels.png") == 0);
+    writePicture("red.png", Qt::red, {4, 4});
+    writeLabels(R"({"contentType": "image", "image": "red.png"})");
     // LABELS and OUT stand for options that are right.
     auto const complete = [](QString arguments) {
         return arguments.replace("LABELS", "--overlays labels.json").replace("OUT", "--output a.png");
@@ -56,13 +64,24 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
         {"LABELS --output-dir out frame.png sub/frame.png", "two inputs would be written to \"out/frame.png\""},
         {"LABELS --output frame.png link.png", "\"frame.png\" is an input, which only --force replaces"},
         {"LABELS --output-dir . link.png sub/frame.png", "\"./link.png\" is an input, which only --force replaces"},
+        {"LABELS --output same/hard.png frame.png", "\"same/hard.png\" is an input, which only --force replaces"},
+        {"LABELS --output-dir same frame.png", "\"same/frame.png\" is an input, which only --force replaces"},
+        {"LABELS --output labels.png frame.png", "\"labels.png\" is the overlay file, which only --force replaces"},
+        {"LABELS --output same/red.png frame.png",
+         "\"same/red.png\" is a picture of the overlay file, which only --force replaces"},
+        {"LABELS --output-dir sub red.png hard.png",
+         "\"sub/hard.png\" is \"sub/red.png\" too, which only --force replaces"},
         {"LABELS OUT --dpi-scale 0 frame.png", "--dpi-scale: expected a number above 0, got \"0\""},
         {"LABELS OUT --jobs 0 frame.png", "--jobs: expected a whole number from 1 to 256, got \"0\""},
         {"LABELS OUT --compression 10 frame.png", "--compression: expected a whole number from 0 to 9, got \"10\""},
-        {"LABELS --output a.gif frame.png", "--output: can't write the format of \"a.gif\", " + writableFormats()},
+        {"LABELS OUT --max-pixels 1e9 frame.png",
+         "--max-pixels: expected a whole number from 0 to 2147483647, got \"1e9\""},
     };
     for (auto const& [arguments, complaint] : rows)
         expectComplaint(complete(arguments), "overlay-stamp: " + complaint + " (see --help)");
+    EXPECT_EQ(run(complete("LABELS --output-dir sub --quiet --force red.png hard.png")), Outcome(0, "", ""));
+    auto const [exitCode, output, errors] = run(complete("LABELS --output a.none frame.png"));
+    EXPECT_EQ(errors.rfind("overlay-stamp: --output: can't write the format of \"a.none\", only ", 0), 0u) << errors;
     expectComplaint(complete("LABELS --output-dir labels.json frame.png"),
                     "overlay-stamp: can't make the folder \"labels.json\"");
     expectComplaint(complete("--overlays no.json OUT frame.png"), "no.json: can't read it: No such file or directory");
@@ -80,9 +99,13 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongInTheOverlayFile)
         {"{}", "overlays: expected an array of objects, got nothing"},
         {R"({"overlay":[]})", R"(overlay: unknown key, did you mean "overlays"?)"},
         {R"({"overlays":[{"text":"a"},null]})", "overlays[1]: expected an object, got null"},
+        {"{\"overlays\":[{\"text\":\"a\\\\\"},{\"text\":\"\\\"}\",\n\"te\\u0078t\" :1}]}",
+         R"(line 2, column 1: the key "text" is there already)"},
+        {"{\"overlays\":[]" + QByteArray(1 << 22, ' ') + "}", "expected 4194304 bytes at most"},
     };
     for (auto const& [json, complaint] : files)
         expectComplaintOf(json, complaint);
+    write("huge.ppm", "P6 20000 20000 255\n");
     std::pair<QByteArray, std::string> const entries[] = {
         {R"("anchr":[0,0])", R"(anchr: unknown key, did you mean "anchor"?)"},
         {R"("si\nze":1)", R"(si\nze: unknown key, did you mean "size"?)"},
@@ -108,6 +131,10 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongInTheOverlayFile)
         {R"("text":"a","font":"DejaVv Sanz")",
          R"(font: expected a family of the system's fonts, got "DejaVv Sanz", did you mean "DejaVu Sans"?)"},
         {R"("contentType":"image","image":"no.png")", R"(image: can't read "no.png": File not found)"},
+        {R"("contentType":"image","image":"huge.ppm")",
+         R"(image: can't read "huge.ppm": 20000 by 20000 pixels are above the limit of 268435456)"},
+        {"\"text\":\"" + QByteArray(100001, '1') + "\"",
+         "text: expected 100000 characters at most, got \"" + std::string(59, '1') + "..."},
     };
     for (auto const& [keys, complaint] : entries)
         expectComplaintOf("{\"overlays\":[{" + keys + "}]}", "overlays[0]." + complaint);
@@ -188,11 +215,95 @@ TEST_F(OverlayStamp, LeavesNoPartOfAFileAndNoOtherKindOfFile)
     QStringList const before = names();
     EXPECT_EQ(run("--overlays labels.json --output pipe.png frame.png"),
               Outcome(1, "", "frame.png: can't write \"pipe.png\": It is no regular file" + failure));
-    _program = "env";
-    EXPECT_EQ(run("--ignore-signal=XFSZ prlimit --fsize=100 " ZT_OVERLAY_STAMP
-                  " --overlays labels.json --output out.png frame.png"),
+    EXPECT_EQ(run("--overlays labels.json --output out.png frame.png", "prlimit --fsize=100"),
               Outcome(1, "", "frame.png: can't write \"out.png\": File too large" + failure));
     EXPECT_EQ(names(), before);
+}
+
+TEST_F(OverlayStamp, EndsInOneLineWhereTheSystemGivesTooLittle)
+{
+    expectNeeds("--overlays labels.json --output out.png frame.png");
+    EXPECT_EQ(run("--overlays labels.json --quiet --jobs 200 --output-dir out frame.png", "prlimit --nofile=24"),
+              Outcome(0, "", ""));
+}
+
+TEST_F(OverlayStamp, RefusesWhatIsTooLargeBeforeItTakesTheMemory)
+{
+    writePicture("line.png", Qt::red, {700, 1});
+    write("huge.ppm", "P6 20000 20000 255\n");
+    std::tuple<char const*, QByteArray, std::string> const rows[] = {
+        {"frame.png", R"("contentType":"image","image":"line.png","sizeMode":"relative","size":20)",
+         "labels.json: overlays[0]: 560000 by 800 pixels are above the limit of 268435456"},
+        {"frame.png --max-pixels 2399", R"("text":"")", "can't read it: 60 by 40 pixels are above the limit of 2399"},
+        {"huge.ppm", R"("text":"")", "can't read it: 20000 by 20000 pixels are above the limit of 268435456"},
+        {"frame.png", R"("text":")" + QByteArray("{file}").repeated(12000) + "\"",
+         "labels.json: overlays[0].text: has 108000 characters in place of 100000 at most"},
+    };
+    for (auto const& [arguments, entry, complaint] : rows)
+    {
+        writeLabels("{" + entry + "}");
+        EXPECT_EQ(
+            run(QString("--overlays labels.json --output-dir out ") + arguments),
+            Outcome(1, "",
+                    QString(arguments).split(' ')[0].toStdString() + ": " + complaint + "\n1 of 1 frames failed\n"));
+    }
+    for (QByteArray const& text :
+         {QByteArray("\"text\":\"") + QByteArray(9000, 'M') + "\"", QByteArray(R"("text":"a","size":1000000)"),
+          QByteArray(R"("text":"a","sizeMode":"relative","size":1000000)")})
+    {
+        writeLabels("{" + text + "}");
+        auto const [exitCode, output, errors] = run("--overlays labels.json --output-dir out frame.png");
+        EXPECT_EQ(errors.rfind("frame.png: labels.json: overlays[0]: can't draw ", 0), 0u) << errors;
+    }
+}
+
+/// Each frame of 64 million pixels is read, and then its text is too long.
+TEST_F(OverlayStamp, HoldsFewLargeFramesAtATime)
+{
+    write("0.pbm", "P4 8192 8192\n" + QByteArray(8192 * 1024, 0));
+    writeLabels("{\"text\":\"" + QByteArray("{file}").repeated(16000) + "{file}{file}{file}\"}");
+    QString inputs;
+    for (QString const name : {"1234567.pbm", "2345678.pbm", "3456789.pbm", "4567890.pbm", "5678901.pbm"})
+    {
+        ASSERT_EQ(link("0.pbm", name.toUtf8()), 0);
+        inputs += " " + name;
+    }
+    EXPECT_EQ(std::get<0>(run("--overlays labels.json --jobs 5 --output-dir out" + inputs)), 1);
+    rusage usage;
+    getrusage(RUSAGE_CHILDREN, &usage);
+    EXPECT_LT(usage.ru_maxrss, 1200000) << "KiB";
+}
+
+TEST_F(OverlayStamp, TakesFileNamesOfAnyBytesAndPrintsThemHarmless)
+{
+    write("script",
+          R"(n=$(printf 'a\377\n\342\200\256b') && mkdir "$n" && mv frame.png "$n/$n.png" && mv labels.json "$n" &&
+        "$1" --overlays "$n/labels.json" --output-dir "$n/out" "$n/$n.png" && test -f "$n/out/$n.png" && rm -r "$n")");
+    EXPECT_EQ(run("", "sh script"), Outcome(0, "a?  b/a?  b.png -> a?  b/out/a?  b.png\n", ""));
+}
+
+TEST_F(OverlayStamp, LeavesWholeFilesOnlyWhenASignalEndsIt)
+{
+    writePicture("frame.png", Qt::gray, {900, 600});
+    QStringList inputs;
+    for (int i = 0; i < 40; ++i)
+    {
+        inputs << QString("f%1.png").arg(i);
+        ASSERT_EQ(link("frame.png", inputs.back().toUtf8()), 0);
+    }
+    QProcess process;
+    process.start(_program, QStringList{"--overlays", "labels.json", "--output-dir", "out"} + inputs);
+    EXPECT_TRUE(process.waitForReadyRead());
+    process.terminate();
+    EXPECT_TRUE(process.waitForFinished());
+    EXPECT_EQ(process.exitCode(), 143);
+    QString const errors = process.readAllStandardError();
+    EXPECT_TRUE(QRegularExpression("\\Aoverlay-stamp: ended early, [1-3]?[0-9] of 40 frames are done\n\\z")
+                    .match(errors)
+                    .hasMatch())
+        << errors.toStdString();
+    for (QString const& name : names("out"))
+        EXPECT_EQ(QImage("out/" + name).size(), QSize(900, 600)) << name.toStdString();
 }
 
 TEST_F(OverlayStamp, PutsPicturesWhereTheEntriesSayTheFirstOnTop)
@@ -228,7 +339,7 @@ TEST_F(OverlayStamp, ReplacesPlaceholdersInEachFrame)
     QByteArray const texts[] = {"{file} {index}/{count} {{}}", "frame.png 1/2 {{}}", "b.png 2/2 {{}}"};
     for (int i = 0; i < 3; ++i)
     {
-        writeLabels("{\"text\": \"" + texts[i] + "\", \"size\": 5}");
+        writeLabels(R"({"font": "DejaVu Sans", "size": 5, "text": ")" + texts[i] + "\"}");
         EXPECT_EQ(run(QString("--overlays labels.json --output-dir %1 --quiet frame.png sub/b.png").arg(i)),
                   Outcome(0, "", ""));
     }

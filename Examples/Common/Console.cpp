@@ -1,6 +1,11 @@
 #include "Console.h"
 
-#include <cstdio>
+#include "Ending.h"
+
+#include <atomic>
+#include <cerrno>
+#include <new>
+#include <system_error>
 
 namespace ztExamples
 {
@@ -10,32 +15,78 @@ namespace
 
 std::FILE* const errors = stderr;
 
-/// Whatever a file name or a message holds, it takes one line and doesn't steer the terminal.
-void print(std::FILE* stream, QString message)
+/// Why something printed on the standard output stream hasn't arrived.
+std::atomic<int> outputError = 0;
+
+/// Whether a character steers the terminal: it controls, ends a line or turns the direction of what follows.
+bool isUnprintable(QChar c)
 {
-    for (QChar& c : message)
-        if (c.category() == QChar::Other_Control)
-            c = ' ';
-    std::fputs(message.append('\n').toLocal8Bit().constData(), stream);
-    std::fflush(stream);
+    static QString const directions = QString::fromUtf8("\u061c\u200e\u200f\u202a\u202b\u202c\u202d\u202e"
+                                                        "\u2066\u2067\u2068\u2069");
+    switch (c.category())
+    {
+    case QChar::Other_Control:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return true;
+    default:
+        return directions.contains(c);
+    }
 }
 
-void printSevere(QtMsgType type, QMessageLogContext const&, QString const& message)
+/// Whatever a file name or a message holds, it takes one line.
+QByteArray toLine(QString message)
 {
-    if (type == QtCriticalMsg || type == QtFatalMsg)
+    for (QChar& c : message)
+        if (isUnprintable(c))
+            c = ' ';
+    return message.append('\n').toUtf8();
+}
+
+void printOutput(QByteArray const& text)
+{
+    if (std::fputs(text.constData(), stdout) < 0 || std::fflush(stdout) != 0)
+        outputError = errno;
+}
+
+void handle(QtMsgType type, QMessageLogContext const&, QString const& message)
+{
+    // It would wait for ever for what the thread was to do.
+    bool const lacksThread = message.startsWith("QThread::start:");
+    if (type == QtCriticalMsg || type == QtFatalMsg || lacksThread)
         printError(message);
+    if (type == QtFatalMsg || lacksThread)
+        endProcess(1);
 }
 
 } // namespace
 
+void printText(QString const& text)
+{
+    printOutput(text.toUtf8());
+}
+
 void printLine(QString const& message)
 {
-    print(stdout, message);
+    printOutput(toLine(message));
+}
+
+void requireOutput()
+{
+    if (outputError != 0)
+        throw std::system_error(outputError, std::system_category(), "can't write to the standard output stream");
 }
 
 void printError(QString const& message)
 {
-    print(errors, message);
+    std::fputs(toLine(message).constData(), errors);
+    std::fflush(errors);
+}
+
+QString reasonOf(std::exception const& error)
+{
+    bool const isMemory = dynamic_cast<std::bad_alloc const*>(&error);
+    return isMemory ? "Not enough memory" : QString::fromUtf8(error.what());
 }
 
 std::FILE* errorStream()
@@ -45,7 +96,7 @@ std::FILE* errorStream()
 
 void quietenLibraries()
 {
-    qInstallMessageHandler(printSevere);
+    qInstallMessageHandler(handle);
 #ifdef __GLIBC__
     // libpng writes what is wrong with a picture, which Qt reports too, to a stream that is a variable here.
     if (std::FILE* const nowhere = std::fopen("/dev/null", "w"))

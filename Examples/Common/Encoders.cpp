@@ -120,24 +120,6 @@ std::vector<uchar> filtered(QImage const& picture)
     return rows;
 }
 
-/// In the format of zlib.
-QByteArray compressed(std::vector<uchar> const& bytes, int level)
-{
-    std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> const compressor(
-        libdeflate_alloc_compressor(level), libdeflate_free_compressor);
-    if (!compressor)
-        throw std::bad_alloc();
-    std::size_t const room =
-        std::min(libdeflate_zlib_compress_bound(compressor.get(), bytes.size()), maxCompressedSize);
-    QByteArray result(int(room), Qt::Uninitialized);
-    std::size_t const size =
-        libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(), result.data(), room);
-    if (size == 0)
-        throw std::bad_alloc();
-    result.resize(int(size));
-    return result;
-}
-
 QByteArray bigEndian(quint32 number)
 {
     QByteArray bytes(sizeof number, Qt::Uninitialized);
@@ -149,6 +131,27 @@ QByteArray chunk(QByteArray const& nameAndData)
 {
     quint32 const checksum = libdeflate_crc32(0, nameAndData.data(), std::size_t(nameAndData.size()));
     return bigEndian(quint32(nameAndData.size()) - 4) + nameAndData + bigEndian(checksum);
+}
+
+/// A chunk of pixels in the format of zlib, without another copy of them.
+void appendPixels(QByteArray& file, std::vector<uchar> const& rows, int level)
+{
+    constexpr int nameSize = 4;
+    std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> const compressor(
+        libdeflate_alloc_compressor(level), libdeflate_free_compressor);
+    if (!compressor)
+        throw std::bad_alloc();
+    std::size_t const room = std::min(libdeflate_zlib_compress_bound(compressor.get(), rows.size()), maxCompressedSize);
+    int const start = file.size() + int(sizeof(quint32));
+    file.resize(start + nameSize + int(room));
+    std::memcpy(file.data() + start, "IDAT", nameSize);
+    std::size_t const size =
+        libdeflate_zlib_compress(compressor.get(), rows.data(), rows.size(), file.data() + start + nameSize, room);
+    if (size == 0)
+        throw std::bad_alloc();
+    file.resize(start + nameSize + int(size));
+    qToBigEndian(quint32(size), file.data() + start - sizeof(quint32));
+    file += bigEndian(libdeflate_crc32(0, file.constData() + start, nameSize + size));
 }
 
 /// Where a PNG file's first chunk of pixels begins.
@@ -166,8 +169,9 @@ QByteArray encodePng(QImage const& picture, int compression)
     QByteArray const header = "IHDR" + bigEndian(quint32(picture.width())) + bigEndian(quint32(picture.height())) +
                               model.mid(headerEnd - 9, 5);
     QByteArray const metadata = model.mid(headerEnd, findPixelChunk(model) - headerEnd);
-    return model.left(signatureSize) + chunk(header) + metadata +
-           chunk("IDAT" + compressed(filtered(picture), compression)) + model.right(emptyChunkSize);
+    QByteArray file = model.left(signatureSize) + chunk(header) + metadata;
+    appendPixels(file, filtered(picture), compression);
+    return file += model.right(emptyChunkSize);
 }
 
 bool isJpeg(QByteArray const& format)

@@ -1,7 +1,7 @@
 #include "Frame.h"
 
+#include "Ending.h"
 #include "Jpeg.h"
-#include "Picture.h"
 
 #include <QFileInfo>
 #include <QSaveFile>
@@ -19,18 +19,25 @@ namespace
     throw std::runtime_error((what + ": " + reason).toStdString());
 }
 
+[[noreturn]] void failToRead(std::runtime_error const& error)
+{
+    fail("can't read it", QString::fromUtf8(error.what()));
+}
+
 bool hasAlpha(QByteArray const& format)
 {
     static QByteArrayList const without = {"bmp", "jpeg", "jpg", "pbm", "pgm", "ppm", "xbm"};
     return !without.contains(format);
 }
 
-/// Null for another format, and for a pipe, which can be read only once.
-QImage readJpeg(QString const& path)
+/// Null for another format, for a pipe, which can be read only once, and for a file that is larger than its picture.
+QImage readJpeg(PictureFile const& picture)
 {
-    QFile file(path);
-    bool const isJpeg = QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly) && file.peek(3) == "\xff\xd8\xff";
-    return isJpeg ? decodeJpeg(file.readAll()) : QImage();
+    constexpr qint64 metadataSize = 1 << 20;
+    QFile file(picture.path());
+    bool const isJpeg = QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly) &&
+                        file.size() <= 4 * picture.pixelCount() + metadataSize && file.peek(3) == "\xff\xd8\xff";
+    return isJpeg ? decodeJpeg(file.readAll(), picture.size()) : QImage();
 }
 
 /// Premultiplying rounds, so what the overlays left alone takes its straight values from the original.
@@ -66,12 +73,13 @@ QImage compose(Frame frame, QByteArray const& format)
 }
 
 /// A write that the device cuts short gives no reason. Writing the rest does.
-bool writeAll(QIODevice& device, QByteArray bytes)
+bool writeAll(QIODevice& device, QByteArray const& bytes)
 {
     qint64 written = 0;
-    while (!bytes.isEmpty() && (written = device.write(bytes)) > 0)
-        bytes.remove(0, int(written));
-    return bytes.isEmpty();
+    for (qint64 done = 0; done < bytes.size(); done += written)
+        if ((written = device.write(bytes.constData() + done, bytes.size() - done)) <= 0)
+            return false;
+    return true;
 }
 
 void writeWhole(QByteArray const& bytes, QString const& path)
@@ -79,6 +87,7 @@ void writeWhole(QByteArray const& bytes, QString const& path)
     QFileInfo const place(path);
     if (place.exists() && !place.isFile() && !place.isDir())
         throw std::runtime_error("It is no regular file");
+    Unbroken const writing; // a temporary file
     QSaveFile file(path);
     // A buffer would be flushed where nobody learns that it doesn't fit.
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !writeAll(file, bytes) || !file.commit())
@@ -87,12 +96,23 @@ void writeWhole(QByteArray const& bytes, QString const& path)
 
 } // namespace
 
-Frame readFrame(QString const& path)
+PictureFile openFrame(QString const& path, qint64 maxPixels)
 try
 {
-    if (QImage pixels = readJpeg(path); !pixels.isNull())
+    PixelLimit limit(maxPixels);
+    return PictureFile(path, limit);
+}
+catch (std::runtime_error const& error)
+{
+    failToRead(error);
+}
+
+Frame readFrame(PictureFile const& file)
+try
+{
+    if (QImage pixels = readJpeg(file); !pixels.isNull())
         return {QImage(), pixels};
-    QImage picture = readPicture(path);
+    QImage picture = file.read();
     if (!picture.hasAlphaChannel())
         return {QImage(), toPixels(std::move(picture))};
     QImage const original = allocated(std::move(picture).convertToFormat(QImage::Format_RGBA8888));
@@ -100,7 +120,7 @@ try
 }
 catch (std::runtime_error const& error)
 {
-    fail("can't read it", QString::fromUtf8(error.what()));
+    failToRead(error);
 }
 
 void writeFrame(Frame frame, QString const& path, int pngCompression)

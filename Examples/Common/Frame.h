@@ -3,8 +3,8 @@
 #pragma once
 
 #include "Encoders.h"
+#include "Picture.h"
 
-#include <QImage>
 #include <QString>
 
 namespace ztExamples
@@ -18,8 +18,12 @@ struct Frame
     QImage pixels;
 };
 
+/// Opens an image, which has so many pixels at most.
+/// \throw std::exception if it can't be read; what() is the reason
+PictureFile openFrame(QString const& path, qint64 maxPixels);
+
 /// \throw std::exception if the image can't be read; what() is the reason
-Frame readFrame(QString const& path);
+Frame readFrame(PictureFile const& file);
 
 /// Writes a frame's pixels whole or not at all, in the format of the path's suffix and with the original's
 /// kind of alpha and metadata.

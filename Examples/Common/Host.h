@@ -6,8 +6,7 @@
 
 #include <QGuiApplication>
 
-#include <cstdio>
-#include <stdexcept>
+#include <functional>
 
 namespace ztExamples
 {
@@ -21,30 +20,23 @@ enum ExitCode
 
 /// Runs a host in an application of its own.
 /// \param platforms  what Qt tries one after the other unless the environment says it
-/// \param parseOptions  the options of the command line; their `information` is what to print instead of work
 /// \param work  what the host is there for
-/// \return the exit code of `work`, or WrongInput after a line on what one of the two has thrown
+/// \return the exit code of `work`, or after a line on what it has thrown: NotAllDone where the system hasn't given
+///     enough, else WrongInput
+int runHost(int argc, char** argv, char const* platforms, std::function<ExitCode()> const& work);
+
+/// \param parseOptions  the options of the command line; their `information` is what to print instead of work
 template <class Options>
 int runHost(int argc, char** argv, char const* platforms, Options (*parseOptions)(QStringList const&),
             ExitCode (*work)(Options const&))
 {
-    quietenLibraries();
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", platforms);
-    QGuiApplication const application(argc, argv);
-    try
-    {
+    return runHost(argc, argv, platforms, [parseOptions, work] {
         Options const options = parseOptions(QGuiApplication::arguments());
         if (options.information.isEmpty())
             return work(options);
-        std::fputs(options.information.toLocal8Bit().constData(), stdout);
+        printText(options.information);
         return AllDone;
-    }
-    catch (std::exception const& error)
-    {
-        printError(QString::fromUtf8(error.what()));
-        return WrongInput;
-    }
+    });
 }
 
 } // namespace ztExamples

@@ -75,13 +75,14 @@ void copyMetadata(QImage const& source, QImage& target)
 
 } // namespace
 
-QImage decodeJpeg(QByteArray const& file)
+QImage decodeJpeg(QByteArray const& file, QSize const& expectedSize)
 {
     auto const* const bytes = reinterpret_cast<uchar const*>(file.constData());
     auto const size = static_cast<unsigned long>(file.size());
     int width, height, sampling, colors;
     Codec const codec = own(tjInitDecompress());
-    if (tjDecompressHeader3(codec.get(), bytes, size, &width, &height, &sampling, &colors) != 0 || colors != TJCS_YCbCr)
+    if (tjDecompressHeader3(codec.get(), bytes, size, &width, &height, &sampling, &colors) != 0 ||
+        colors != TJCS_YCbCr || QSize(width, height) != expectedSize)
         return QImage();
     QImage const metadata = readMetadata(file);
     if (metadata.isNull())

@@ -11,8 +11,8 @@ namespace ztExamples
 constexpr int jpegQuality = 95;
 
 /// The pixels of a file in the layout of an osg::Image, see toPixels(), with the metadata that Qt reads.
-/// \return a null image if this is no JPEG file in colour, whole and upright
-QImage decodeJpeg(QByteArray const& file);
+/// \return a null image if this is no JPEG file in colour of that size, whole and upright
+QImage decodeJpeg(QByteArray const& file, QSize const& expectedSize);
 
 /// A file of a picture in Format_RGBX8888, bottom row first, with the metadata that Qt writes.
 /// \return nothing if a JPEG file can't hold the picture

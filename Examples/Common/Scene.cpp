@@ -1,16 +1,25 @@
 #include "Scene.h"
 
 #include "OSGMaterialPool.h"
+#include "OSGRefPtr.h"
 #include "OverlayNodes.h"
 #include "Picture.h"
 #include "ztOpenSGUtils.h"
 #include "ztOverlayUtils.h"
+#include "ztPlatform.h"
+
+#include <QFontMetricsF>
+
+#include <algorithm>
+#include <stdexcept>
 
 namespace ztExamples
 {
 
 namespace
 {
+
+constexpr qint64 libraryMaxPixels = 1 << 29;
 
 osg::NodePtr createNode(osg::NodeCorePtr const& core)
 {
@@ -34,9 +43,101 @@ bool hasNothingToShow(OverlayEntry const& entry)
            entry.text.value_or("").isEmpty();
 }
 
+osg::OverlayPtr overlayOf(osg::NodePtr const& node)
+{
+    return osg::dynamicCast<osg::Overlay>(node->core);
+}
+
+bool isText(osg::Overlay const& overlay)
+{
+    return overlay.contentType == osg::Overlay::ContentText;
+}
+
+osg::ImagePtr shownImage(osg::Overlay const& overlay)
+{
+    auto const material = osg::dynamicCast<osg::ChunkMaterial>(overlay.foreground->material);
+    return osg::dynamicCast<osg::TextureChunk>(material->chunks.front())->image;
+}
+
+[[noreturn]] void failToDraw(QSizeF const& size)
+{
+    QString const reason =
+        QString("can't draw %1 by %2 pixels").arg(size.width(), 0, 'f', 0).arg(size.height(), 0, 'f', 0);
+    throw std::runtime_error(reason.toStdString());
+}
+
+/// Of the font that a text is rendered with.
+double pointSize(osg::Overlay const& text, int targetHeight)
+{
+    if (text.sizeMode == osg::Overlay::SizeAbsolute)
+        return double(text.size);
+    auto const lineCount = std::count(text.text.begin(), text.text.end(), '\n') + 1;
+    return double(text.size) * targetHeight / ztPlatform::getDpiScaleY() / double(lineCount);
+}
+
+/// In pixels, without a rendering.
+QSizeF measure(osg::Overlay const& text, double pointSize)
+{
+    int const measured = int(std::clamp(pointSize, 1.0, 100.0));
+    QFont const font(QString::fromStdString(text.font), measured);
+    return QFontMetricsF(font).size(0, QString::fromStdString(text.text)) * (pointSize / measured);
+}
+
+/// Qt paints no pixel beyond a distance, and the library leaves none of a rendering that is too large.
+void requireRendering(osg::Overlay const& text, osg::Image const& image, int targetHeight)
+{
+    constexpr int most = 32767;
+    constexpr int little = most / 8; // is scaled from no more than that
+    double const points = pointSize(text, targetHeight);
+    bool const isLittle = points < little && image.width < little && image.height < little;
+    if (text.dirty || (isLittle && image.width > 0))
+        return;
+    QSizeF const size = measure(text, points);
+    bool const isLost = image.width == 0 && size.width() >= 2.0; // below, nothing is to be seen
+    if (isLost || std::max(size.width(), size.height()) > most)
+        failToDraw(size);
+}
+
+/// Before it is resampled to the size that it is stamped at.
+void requireSize(osg::Overlay const& picture, int targetHeight, qint64 maxPixels)
+{
+    constexpr double maxSide = 1 << 24; // the library's
+    bool const isRelative = picture.sizeMode == osg::Overlay::SizeRelative;
+    double const height = double(picture.size) * (isRelative ? targetHeight : ztPlatform::getDpiScaleY());
+    double const width = height * picture.image->width / picture.image->height;
+    PixelLimit(maxPixels).add(width, height);
+    if (std::max(width, height) > maxSide)
+        failToDraw({width, height});
+}
+
+void layOut(osg::OverlayPtr const& overlay, QSize const& target, PixelLimit& textLimit)
+{
+    ztOverlays::updateOverlay(overlay, target.width(), target.height());
+    if (!isText(*overlay))
+        return;
+    osg::ImagePtr const image = shownImage(*overlay);
+    requireRendering(*overlay, *image, target.height());
+    textLimit.add(image->width, image->height);
+}
+
+/// Puts a place in front of what a function complains about.
+template <class Function>
+void at(QString const& place, Function const& function)
+{
+    try
+    {
+        function();
+    }
+    catch (std::runtime_error const& error)
+    {
+        throw std::runtime_error(place.toStdString() + ": " + error.what());
+    }
+}
+
 } // namespace
 
-Scene::Scene(std::vector<OverlayEntry> const& entries)
+Scene::Scene(std::vector<OverlayEntry> const& entries, qint64 maxPixels)
+    : _maxPixels(maxPixels > 0 ? std::min(maxPixels, libraryMaxPixels) : libraryMaxPixels)
 {
     ztOpenSGUtils::setRoot(createRoot());
     osg::NodePtr const poolRoot = ztOverlays::getOverlayPoolRoot();
@@ -44,9 +145,7 @@ Scene::Scene(std::vector<OverlayEntry> const& entries)
     {
         if (hasNothingToShow(entry))
             entry.visible = false;
-        osg::NodePtr const node = createOverlayNode(poolRoot, entry);
-        if (entry.text)
-            _labels.push_back({osg::dynamicCast<osg::Overlay>(node->core), *entry.text});
+        _items.push_back({createOverlayNode(poolRoot, entry), entry.text, entry.place});
     }
 }
 
@@ -57,18 +156,40 @@ Scene::~Scene()
 
 void Scene::setTexts(Placeholders const& values)
 {
-    for (auto const& [overlay, text] : _labels)
-        setText(overlay, expand(text, values)->toStdString());
+    for (auto const& [node, text, place] : _items)
+    {
+        if (!text)
+            continue;
+        QString const expanded = *expand(*text, values);
+        if (expanded.size() > maxTextLength)
+            throw std::runtime_error(place.toStdString() + ".text: has " + std::to_string(expanded.size()) +
+                                     " characters in place of " + std::to_string(maxTextLength) + " at most");
+        setText(overlayOf(node), expanded.toStdString());
+    }
 }
 
-void stamp(QImage& pixels, osg::ViewportPtr const& viewport)
+void Scene::layOut(QSize const& target)
 {
+    PixelLimit textLimit(_maxPixels);
+    for (Item const& item : _items)
+        at(item.place, [&] { ztExamples::layOut(overlayOf(item.node), target, textLimit); });
+}
+
+void Scene::stamp(QImage& pixels, osg::ViewportPtr const& viewport)
+{
+    PixelLimit textLimit(_maxPixels);
+    for (Item const& item : _items)
+        if (item.node->travMask == 0xFFFFFFFF)
+            at(item.place, [&] {
+                osg::OverlayPtr const overlay = overlayOf(item.node);
+                if (!isText(*overlay))
+                    requireSize(*overlay, pixels.height(), _maxPixels);
+                ztExamples::layOut(overlay, pixels.size(), textLimit);
+            });
     std::vector<osg::OverlayPtr> visible;
     ztOverlays::getAllVisibleOverlays(visible);
-    osg::ImagePtr const image = createImageOver(pixels);
-    osg::addRef(image);
+    osg::RefPtr<osg::Image> const image(createImageOver(pixels));
     ztOverlays::blendOverlaysOntoImage(visible, image, viewport);
-    osg::subRef(image);
 }
 
 } // namespace ztExamples

@@ -13,27 +13,37 @@ namespace ztExamples
 class Scene
 {
   public:
-    explicit Scene(std::vector<OverlayEntry> const& entries);
+    /// \param maxPixels  how many pixels a picture may have where it is stamped, and all texts together; 0: as many as
+    ///     the library stamps
+    explicit Scene(std::vector<OverlayEntry> const& entries, qint64 maxPixels = defaultMaxPixels);
     Scene(Scene const&) = delete;
     Scene& operator=(Scene const&) = delete;
     ~Scene();
 
     /// Replaces the placeholders in the texts of all entries.
+    /// \throw std::runtime_error if a text gets too long; what() names it
     void setTexts(Placeholders const& values);
 
+    /// Renders and places all overlays, hidden ones too, for a target of a size.
+    /// \throw std::runtime_error if one is too large; what() names it
+    void layOut(QSize const& target);
+
+    /// Stamps the visible overlays onto a picture, the first entry on top.
+    /// \param pixels  in the layout of an osg::Image, see toPixels()
+    /// \param viewport  for which the overlays are laid out afterwards, or null
+    /// \throw std::runtime_error if one is too large; what() names it
+    void stamp(QImage& pixels, osg::ViewportPtr const& viewport);
+
   private:
-    struct Label
+    struct Item
     {
-        osg::OverlayPtr overlay;
-        QString text;
+        osg::NodePtr node;
+        std::optional<QString> text;
+        QString place;
     };
 
-    std::vector<Label> _labels;
+    std::vector<Item> _items;
+    qint64 _maxPixels;
 };
-
-/// Stamps the current scene's visible overlays onto a picture, the first entry on top.
-/// \param pixels  in the layout of an osg::Image, see toPixels()
-/// \param viewport  for which the overlays are laid out afterwards, or null
-void stamp(QImage& pixels, osg::ViewportPtr const& viewport);
 
 } // namespace ztExamples

@@ -1,6 +1,5 @@
 #include "OverlayFile.h"
 
-#include "Picture.h"
 #include "Placeholders.h"
 #include "ztOverlayCheck.h"
 
@@ -10,6 +9,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
+#include <QSet>
 
 #include <algorithm>
 #include <array>
@@ -179,6 +180,7 @@ std::string toUtf8(QJsonValue const& value)
 QString toTemplate(QJsonValue const& value)
 {
     QString const text = toText(value);
+    expect(text.size() <= maxTextLength, QString("%1 characters at most").arg(maxTextLength), value);
     expect(expand(text, {}).has_value(), "{file}, {index} or {count}, and {{ or }} for a brace", value);
     return text;
 }
@@ -196,37 +198,41 @@ osg::Int32 toChoice(QJsonValue const& value, QString const& word0, QString const
     return value == word0 ? 0 : 1;
 }
 
-QImage toPicture(QJsonValue const& value, QDir const& folder)
+/// Where an overlay file's pictures are and how many pixels they may have.
+struct Source
 {
-    QString const name = toText(value);
-    QImage pixels;
-    at("can't read " + shown(value), [&] { pixels = toPixels(readPicture(folder.filePath(name))); });
-    return pixels;
+    QDir folder;
+    PixelLimit limit;
+};
+
+void readPicture(QJsonValue const& value, Source& source, OverlayEntry& entry)
+{
+    entry.imageFile = source.folder.filePath(toText(value));
+    at("can't read " + shown(value),
+       [&] { entry.image = toPixels(PictureFile(entry.imageFile, source.limit).read()); });
 }
 
-/// \param folder  where the overlay file is, for its pictures
-using ReadKey = void (*)(QJsonValue const& value, QDir const& folder, OverlayEntry& entry);
+using ReadKey = void (*)(QJsonValue const& value, Source& source, OverlayEntry& entry);
 
 std::map<QString, ReadKey> const& entryKeys()
 {
     static_assert(osg::Overlay::ContentText == 0 && osg::Overlay::SizeAbsolute == 0);
     using Value = QJsonValue const&;
-    using Folder = QDir const&;
     using Entry = OverlayEntry&;
     static std::map<QString, ReadKey> const keys = {
-        {"anchor", [](Value v, Folder, Entry e) { e.anchor = toVector(v); }},
-        {"backgroundColor", [](Value v, Folder, Entry e) { e.backgroundColor = toColor3(v); }},
-        {"backgroundTransparency", [](Value v, Folder, Entry e) { e.backgroundTransparency = toTransparency(v); }},
-        {"contentType", [](Value v, Folder, Entry e) { e.contentType = toChoice(v, "text", "image"); }},
-        {"font", [](Value v, Folder, Entry e) { e.font = toUtf8(v); }},
-        {"image", [](Value v, Folder f, Entry e) { e.image = toPicture(v, f); }},
-        {"name", [](Value v, Folder, Entry e) { e.name = toUtf8(v); }},
-        {"offset", [](Value v, Folder, Entry e) { e.offset = toVector(v); }},
-        {"size", [](Value v, Folder, Entry e) { e.size = toSize(v); }},
-        {"sizeMode", [](Value v, Folder, Entry e) { e.sizeMode = toChoice(v, "absolute", "relative"); }},
-        {"text", [](Value v, Folder, Entry e) { e.text = toTemplate(v); }},
-        {"textColor", [](Value v, Folder, Entry e) { e.textColor = toColor4(v); }},
-        {"visible", [](Value v, Folder, Entry e) { e.visible = toBool(v); }},
+        {"anchor", [](Value v, Source&, Entry e) { e.anchor = toVector(v); }},
+        {"backgroundColor", [](Value v, Source&, Entry e) { e.backgroundColor = toColor3(v); }},
+        {"backgroundTransparency", [](Value v, Source&, Entry e) { e.backgroundTransparency = toTransparency(v); }},
+        {"contentType", [](Value v, Source&, Entry e) { e.contentType = toChoice(v, "text", "image"); }},
+        {"font", [](Value v, Source&, Entry e) { e.font = toUtf8(v); }},
+        {"image", readPicture},
+        {"name", [](Value v, Source&, Entry e) { e.name = toUtf8(v); }},
+        {"offset", [](Value v, Source&, Entry e) { e.offset = toVector(v); }},
+        {"size", [](Value v, Source&, Entry e) { e.size = toSize(v); }},
+        {"sizeMode", [](Value v, Source&, Entry e) { e.sizeMode = toChoice(v, "absolute", "relative"); }},
+        {"text", [](Value v, Source&, Entry e) { e.text = toTemplate(v); }},
+        {"textColor", [](Value v, Source&, Entry e) { e.textColor = toColor4(v); }},
+        {"visible", [](Value v, Source&, Entry e) { e.visible = toBool(v); }},
     };
     return keys;
 }
@@ -255,23 +261,24 @@ void checkWhole(OverlayEntry const& entry, QJsonObject const& object, QString co
     });
 }
 
-OverlayEntry toEntry(QJsonValue const& value, QString const& place, QDir const& folder)
+OverlayEntry toEntry(QJsonValue const& value, QString const& place, Source& source)
 {
     at(place, [&] { expect(value.isObject(), "an object", value); });
     QJsonObject const object = value.toObject();
     OverlayEntry entry;
+    entry.place = place;
     for (auto it = object.begin(); it != object.end(); ++it)
         at(place + "." + shownKey(it.key()), [&] {
             auto const key = entryKeys().find(it.key());
             if (key == entryKeys().end())
                 complainOfKey(it.key(), entryKeyNames());
-            key->second(it.value(), folder, entry);
+            key->second(it.value(), source, entry);
         });
     checkWhole(entry, object, place);
     return entry;
 }
 
-std::vector<OverlayEntry> toEntries(QJsonObject const& top, QDir const& folder)
+std::vector<OverlayEntry> toEntries(QJsonObject const& top, Source source)
 {
     for (QString const& key : top.keys())
         if (key != "overlays")
@@ -282,7 +289,7 @@ std::vector<OverlayEntry> toEntries(QJsonObject const& top, QDir const& folder)
     QJsonArray const array = overlays.toArray();
     std::vector<OverlayEntry> entries;
     for (int i = 0; i < array.size(); ++i)
-        entries.push_back(toEntry(array[i], QString("overlays[%1]").arg(i), folder));
+        entries.push_back(toEntry(array[i], QString("overlays[%1]").arg(i), source));
     return entries;
 }
 
@@ -296,35 +303,76 @@ QString placeOf(int offset, QByteArray const& bytes)
     return QString("line %1, column %2").arg(before.count('\n') + 1).arg(column);
 }
 
+QString unescaped(QString const& string)
+{
+    return QJsonDocument::fromJson("[" + string.toUtf8() + "]").array()[0].toString();
+}
+
+/// The parser takes the last value of a key that stands twice.
+void requireSingleKeys(QByteArray const& bytes)
+{
+    static QRegularExpression const part(R"((?s)[{}]|("(?:[^"\\]++|\\.)*+")\s*+(:)?)");
+    QString const json = QString::fromUtf8(bytes);
+    std::vector<QSet<QString>> objects(1);
+    for (auto parts = part.globalMatch(json); parts.hasNext();)
+    {
+        auto const match = parts.next();
+        if (match.captured() == "{")
+            objects.emplace_back();
+        if (match.captured() == "}")
+            objects.pop_back();
+        if (match.captured(2).isEmpty())
+            continue;
+        QString const key = unescaped(match.captured(1));
+        if (objects.back().contains(key))
+            complain(placeOf(json.left(match.capturedStart()).toUtf8().size(), bytes) + ": the key " + shown(key) +
+                     " is there already");
+        objects.back() << key;
+    }
+}
+
 QJsonDocument parse(QByteArray const& bytes)
 {
     QJsonParseError error;
     QJsonDocument const document = QJsonDocument::fromJson(bytes, &error);
     if (error.error != QJsonParseError::NoError)
         complain(placeOf(error.offset, bytes) + ": " + error.errorString());
+    requireSingleKeys(bytes);
     return document;
 }
 
 QByteArray readBytes(QString const& path)
 {
+    constexpr int maxSize = 4 << 20;
     QFile file(path);
-    QByteArray const bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    QByteArray bytes;
+    bool isMore = file.open(QIODevice::ReadOnly);
+    while (isMore)
+    {
+        QByteArray const part = file.read(maxSize + 1 - bytes.size()); // a pipe gives what it has
+        bytes += part;
+        isMore = !part.isEmpty();
+    }
     if (file.error() != QFileDevice::NoError)
         complain("can't read it: " + file.errorString());
+    if (bytes.size() > maxSize)
+        complain(QString("expected %1 bytes at most").arg(maxSize));
     return bytes;
 }
 
 } // namespace
 
-std::vector<OverlayEntry> readOverlayFile(QString const& path)
+std::vector<OverlayEntry> readOverlayFile(QString const& path, qint64 maxPixels)
 {
     std::vector<OverlayEntry> entries;
     at(path, [&] {
         QJsonDocument const document = parse(readBytes(path));
         QJsonValue const top = document.isArray() ? QJsonValue(document.array()) : document.object();
         expect(top.isObject(), "an object with the key \"overlays\"", top);
-        entries = toEntries(top.toObject(), QFileInfo(path).dir());
+        entries = toEntries(top.toObject(), {QFileInfo(path).dir(), PixelLimit(maxPixels)});
     });
+    for (OverlayEntry& entry : entries)
+        entry.place = path + ": " + entry.place;
     return entries;
 }
 

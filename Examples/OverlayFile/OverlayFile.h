@@ -8,8 +8,8 @@
 #pragma once
 
 #include "OSGOverlay.h"
+#include "Picture.h"
 
-#include <QImage>
 #include <QString>
 
 #include <optional>
@@ -24,6 +24,8 @@ extern char const overlayFileHelp[];
 /// One element of "overlays", checked. What is empty isn't in the file: the library's default holds.
 struct OverlayEntry
 {
+    /// Where it stands, "a.json: overlays[0]" for example.
+    QString place;
     std::optional<std::string> name;
     std::optional<bool> visible;
     std::optional<osg::Int32> contentType;
@@ -39,11 +41,16 @@ struct OverlayEntry
     std::optional<osg::Vec2f> offset;
     /// In the layout of an osg::Image, see toPixels().
     std::optional<QImage> image;
+    QString imageFile;
 };
 
+/// More characters in a text take more time and memory than any label is worth.
+constexpr int maxTextLength = 100000;
+
 /// The entries of an overlay file, with their pictures, whose paths are relative to the file.
+/// \param maxPixels  how many pixels the pictures may have together
 /// \throw std::runtime_error if the file or a picture can't be read or anything in it isn't as it should be;
 ///     what() is a line that names file, key, value and what was expected
-std::vector<OverlayEntry> readOverlayFile(QString const& path);
+std::vector<OverlayEntry> readOverlayFile(QString const& path, qint64 maxPixels = defaultMaxPixels);
 
 } // namespace ztExamples

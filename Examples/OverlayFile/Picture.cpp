@@ -1,22 +1,69 @@
 #include "Picture.h"
 
 #include <QFileInfo>
-#include <QImageReader>
 
 #include <stdexcept>
 
 namespace ztExamples
 {
 
-QImage readPicture(QString const& path)
+namespace
 {
-    QImageReader reader(path);
-    reader.setAutoTransform(true);
-    QImage const picture = reader.read();
-    if (!picture.isNull())
-        return picture;
-    QString const reason = QFileInfo(path).isDir() ? "Is a directory" : reader.errorString();
+
+[[noreturn]] void fail(QString const& reason)
+{
     throw std::runtime_error(reason.toStdString());
+}
+
+/// Icons are files of files, whose own headers count.
+bool tellsSize(QImageReader const& reader)
+{
+    static QByteArrayList const icons = {"cur", "icns", "ico"};
+    return reader.supportsOption(QImageIOHandler::Size) && !icons.contains(reader.format());
+}
+
+} // namespace
+
+void PixelLimit::add(double width, double height)
+{
+    if (isNone())
+        return;
+    if (!(width * height <= double(_left)))
+        fail(QString("%1 by %2 pixels%3 are above the limit of %4")
+                 .arg(width, 0, 'f', 0)
+                 .arg(height, 0, 'f', 0)
+                 .arg(_left < _limit ? " more" : "")
+                 .arg(_limit));
+    _left -= qint64(width * height);
+}
+
+PictureFile::PictureFile(QString const& path, PixelLimit& limit) : _reader(std::make_unique<QImageReader>(path))
+{
+    QFileInfo const file(path);
+    if (!file.exists()) // the reader tries other suffixes
+        fail("File not found");
+    if (file.isDir())
+        fail("Is a directory");
+    _reader->setAutoTransform(true);
+    if (!_reader->canRead())
+        fail(_reader->errorString());
+    bool const isTold = tellsSize(*_reader);
+    if (!isTold && limit.isNone())
+        return;
+    if (!isTold)
+        fail("Its format doesn't tell its size beforehand");
+    _size = _reader->size();
+    if (_size.isEmpty())
+        fail("Unable to read image data");
+    limit.add(_size.width(), _size.height());
+}
+
+QImage PictureFile::read() const
+{
+    QImage const picture = _reader->read();
+    if (picture.isNull())
+        fail(_reader->errorString());
+    return picture;
 }
 
 QImage allocated(QImage image)

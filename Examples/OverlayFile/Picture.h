@@ -5,21 +5,62 @@
 #include "OSGImage.h"
 
 #include <QImage>
+#include <QImageReader>
+
+#include <memory>
 
 namespace ztExamples
 {
 
-/// A picture from a file, turned as its file says.
-/// \throw std::runtime_error if it can't be read; what() is the reason
-QImage readPicture(QString const& path);
+constexpr int defaultMaxPixels = 16384 * 16384;
+
+/// How many pixels pictures may have in all.
+class PixelLimit
+{
+  public:
+    /// \param limit  0: none
+    explicit PixelLimit(qint64 limit) : _limit(limit), _left(limit) {}
+
+    bool isNone() const { return _limit == 0; }
+
+    /// Counts a picture.
+    /// \throw std::runtime_error if it goes beyond the limit; what() says how large it is
+    void add(double width, double height);
+
+  private:
+    qint64 _limit;
+    qint64 _left;
+};
+
+/// A picture file, of which no more than the beginning has been read.
+class PictureFile
+{
+  public:
+    /// \throw std::runtime_error if it is no picture or goes beyond the limit, in which it is counted, or doesn't tell
+    ///     its size; what() is the reason
+    PictureFile(QString const& path, PixelLimit& limit);
+
+    QString path() const { return _reader->fileName(); }
+    /// Empty if the file doesn't tell and there is no limit.
+    QSize size() const { return _size; }
+    qint64 pixelCount() const { return qint64(_size.width()) * _size.height(); }
+
+    /// The picture, turned as its file says. To be called once, in any thread.
+    /// \throw std::runtime_error if it can't be read; what() is the reason
+    QImage read() const;
+
+  private:
+    std::unique_ptr<QImageReader> _reader;
+    QSize _size;
+};
 
 /// The result of an operation of QImage, which gives a null image where there is no memory for it.
-/// \throw std::runtime_error for a null image
+/// \throw std::bad_alloc for a null image
 QImage allocated(QImage image);
 
 /// The pixels in the layout of an osg::Image: red, green, blue, alpha, premultiplied, bottom row first, no
 /// gaps.
-/// \throw std::runtime_error without the memory for it
+/// \throw std::bad_alloc without the memory for it
 QImage toPixels(QImage picture);
 
 /// A new image, its count 0, that uses the bytes of such pixels in place: they have to outlive it.

@@ -10,6 +10,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <limits>
 
 namespace ztExamples
 {
@@ -31,8 +32,13 @@ An output has 8 bits a channel, and the alpha channel, resolution, colour space 
 Formats that have no alpha channel (JPEG, BMP, PPM) show transparent pixels over black. An output is written
 whole or not at all. Each frame is reported in a line; several on a terminal in a progress bar.
 
-Exit codes: 0 if all is well; 1 if frames couldn't be read or written, the others are done; 2 if the command
-line or the JSON file is wrong, nothing is done.
+A frame takes up to 16 bytes a pixel. Those under way at a time have 2^27 pixels, 2 GiB, together; a larger one
+goes alone. Only without a limit is a picture read whose format doesn't tell its size before it is decoded. A
+text has 100000 characters at most and is 32767 pixels wide and high, the JSON file has 4 MiB.
+
+Exit codes: 0 if all is well; 1 if frames couldn't be read or written, the others are done, or if the system
+doesn't give what is needed; 2 if the command line or the JSON file is wrong, nothing is done; 129, 130 and 143
+after a signal HUP, INT and TERM, the outputs that are there are whole.
 
 Example:
   overlay-stamp --overlays labels.json --output-dir stamped render/frame_*.png
@@ -58,8 +64,14 @@ void addOptions(QCommandLineParser& parser)
                  "notice.")
              .arg(defaultPngCompression),
          "N"},
+        {"max-pixels",
+         QString("How many pixels a frame may have, an overlay's picture where it is stamped, all pictures that the "
+                 "JSON file names, and all texts of a frame as they are rendered (%1). 0 is no limit.")
+             .arg(defaultMaxPixels),
+         "N"},
         {"quiet", "Report errors only."},
-        {"force", "Let an output replace an input."},
+        {"force", "Let an output replace an input, the JSON file, one of its pictures or, through a link, another "
+                  "output."},
     });
     parser.addPositionalArgument("INPUT", "Images, in the order of the sequence.", "INPUT...");
 }
@@ -96,17 +108,6 @@ void checkNames(std::vector<FramePaths> const& frames)
     }
 }
 
-void checkInputsAreSafe(std::vector<FramePaths> const& frames)
-{
-    QSet<QString> inputs;
-    for (FramePaths const& frame : frames)
-        inputs << QFileInfo(frame.input).canonicalFilePath();
-    inputs.remove(QString()); // of those that don't exist
-    for (FramePaths const& frame : frames)
-        require(!inputs.contains(QFileInfo(frame.output).canonicalFilePath()),
-                "\"" + frame.output + "\" is an input, which only --force replaces");
-}
-
 std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
 {
     QString const output = valueOf(parser, "output");
@@ -122,8 +123,6 @@ std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
     for (QString const& input : inputs)
         frames.push_back({input, output.isEmpty() ? QDir(outputDir).filePath(QFileInfo(input).fileName()) : output});
     checkNames(frames);
-    if (!parser.isSet("force"))
-        checkInputsAreSafe(frames);
     return frames;
 }
 
@@ -146,7 +145,9 @@ Options parseOptions(QStringList const& arguments)
     options.pngCompression = parseWhole(parser, "compression", 0, 9, defaultPngCompression);
     if (parser.isSet("dpi-scale"))
         applyDpiScale(valueOf(parser, "dpi-scale"));
+    options.maxPixels = parseWhole(parser, "max-pixels", 0, std::numeric_limits<int>::max(), defaultMaxPixels);
     options.isQuiet = parser.isSet("quiet");
+    options.isForced = parser.isSet("force");
     return options;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Encoders.h"
+#include "Picture.h"
 
 #include <QString>
 #include <QStringList>
@@ -28,7 +29,11 @@ struct Options
     int jobs = 1;
     /// See encode().
     int pngCompression = defaultPngCompression;
+    /// Of a frame, of the overlay file's pictures, and of an overlay's picture as it is stamped.
+    int maxPixels = defaultMaxPixels;
     bool isQuiet = false;
+    /// Whether outputs may replace what the program reads.
+    bool isForced = false;
     /// Not empty: this is asked for, and nothing else.
     QString information;
 };

@@ -1,6 +1,7 @@
 #include "Report.h"
 
 #include "Console.h"
+#include "Ending.h"
 #include "ztNumeric.h"
 
 #include <algorithm>
@@ -32,10 +33,20 @@ Report::Report(std::size_t frameCount, bool isQuiet)
     : _frameCount(frameCount), _hasBar(!isQuiet && frameCount > 1 && isatty(STDERR_FILENO)),
       _hasLines(!isQuiet && !_hasBar)
 {
+    setLastWords([this] {
+        hideProgress();
+        return QString("overlay-stamp: ended early, %1 of %2 frames are done").arg(_done).arg(_frameCount);
+    });
+}
+
+Report::~Report()
+{
+    setLastWords(nullptr);
 }
 
 void Report::done(FramePaths const& frame)
 {
+    ++_done;
     if (_hasLines)
         printLine(frame.input + " -> " + frame.output);
     showProgress();

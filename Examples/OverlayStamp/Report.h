@@ -4,19 +4,22 @@
 
 #include "Options.h"
 
+#include <atomic>
 #include <chrono>
 
 namespace ztExamples
 {
 
 /// Reports on the frames of a sequence as they come: a line each on the standard output stream, or a progress
-/// bar if there are several and the standard error stream is a terminal.
+/// bar if there are several and the standard error stream is a terminal. Should the process end early, they are
+/// counted.
 class Report
 {
   public:
     Report(std::size_t frameCount, bool isQuiet);
     Report(Report const&) = delete;
     Report& operator=(Report const&) = delete;
+    ~Report();
 
     void done(FramePaths const& frame);
     void failed(FramePaths const& frame, QString const& reason);
@@ -30,6 +33,7 @@ class Report
 
     std::size_t _frameCount;
     std::size_t _reported = 0;
+    std::atomic<std::size_t> _done = 0;
     std::size_t _failed = 0;
     bool _hasBar;
     bool _hasLines;

@@ -1,5 +1,6 @@
 #include "Sequence.h"
 
+#include "Console.h"
 #include "Frame.h"
 
 #include <QFileInfo>
@@ -9,6 +10,7 @@
 #include <future>
 #include <memory>
 #include <queue>
+#include <utility>
 
 namespace ztExamples
 {
@@ -26,10 +28,12 @@ auto run(QThreadPool& pool, Function function)
     return task->get_future();
 }
 
-std::future<void> failure(std::exception_ptr const& reason)
+/// The exception that is being handled.
+template <class T>
+std::future<T> failure()
 {
-    std::promise<void> promise;
-    promise.set_exception(reason);
+    std::promise<T> promise;
+    promise.set_exception(std::current_exception());
     return promise.get_future();
 }
 
@@ -41,21 +45,24 @@ T takeFirst(std::queue<T>& queue)
     return first;
 }
 
+/// Of frames under way, which take up to 16 bytes for each: 2 GiB.
+constexpr qint64 maxPixelsUnderWay = 1 << 27;
+
 class Sequence
 {
   public:
     Sequence(Options const& options, Scene& scene, Report& report)
-        : _frames(options.frames), _scene(scene), _report(report), _window(std::size_t(options.jobs) + 1),
-          _pngCompression(options.pngCompression)
+        : _frames(options.frames), _scene(scene), _report(report), _window(std::size_t(_pool.maxThreadCount()) + 1),
+          _maxPixels(options.maxPixels), _pngCompression(options.pngCompression)
     {
-        _pool.setMaxThreadCount(options.jobs);
     }
 
     void stampAll()
     {
         for (std::size_t i = 0; i < _frames.size(); ++i)
         {
-            readUpTo(std::min(i + _window, _frames.size()));
+            while (readAhead(i), _readCount <= i)
+                reportNext();
             _written.push(stamp(i));
             if (_written.size() > _window)
                 reportNext();
@@ -65,10 +72,32 @@ class Sequence
     }
 
   private:
-    void readUpTo(std::size_t end)
+    /// Starts to read the frames behind one, those that there is room for.
+    void readAhead(std::size_t i)
     {
-        for (; _readCount < end; ++_readCount)
-            _read.push(run(_pool, [path = _frames[_readCount].input] { return readFrame(path); }));
+        while (_readCount < std::min(i + _window, _frames.size()) && readNext())
+            ++_readCount;
+    }
+
+    /// \return false without room
+    bool readNext()
+    try
+    {
+        if (!_next)
+            _next = std::make_shared<PictureFile>(openFrame(_frames[_readCount].input, _maxPixels));
+        qint64 const pixelCount = _next->size().isEmpty() ? maxPixelsUnderWay : _next->pixelCount();
+        if (_pixelsUnderWay > 0 && _pixelsUnderWay + pixelCount > maxPixelsUnderWay)
+            return false;
+        _read.push(run(_pool, [file = std::exchange(_next, nullptr)] { return readFrame(*file); }));
+        _pixelsUnderWay += pixelCount;
+        _pixelCounts.push(pixelCount);
+        return true;
+    }
+    catch (std::exception const&)
+    {
+        _read.push(failure<Frame>());
+        _pixelCounts.push(0);
+        return true;
     }
 
     std::future<void> stamp(std::size_t i)
@@ -77,7 +106,7 @@ class Sequence
         {
             Frame frame = takeFirst(_read).get();
             _scene.setTexts({QFileInfo(_frames[i].input).fileName(), i + 1, _frames.size()});
-            ztExamples::stamp(frame.pixels, osg::NullFC);
+            _scene.stamp(frame.pixels, osg::NullFC);
             return run(_pool,
                        [frame = std::move(frame), path = _frames[i].output, compression = _pngCompression]() mutable {
                            writeFrame(std::move(frame), path, compression);
@@ -85,7 +114,7 @@ class Sequence
         }
         catch (std::exception const&)
         {
-            return failure(std::current_exception());
+            return failure<void>();
         }
     }
 
@@ -99,22 +128,28 @@ class Sequence
         }
         catch (std::exception const& reason)
         {
-            _report.failed(frame, QString::fromUtf8(reason.what()));
+            _report.failed(frame, reasonOf(reason));
         }
+        _pixelsUnderWay -= takeFirst(_pixelCounts);
     }
 
+    QThreadPool& _pool = *QThreadPool::globalInstance();
     std::vector<FramePaths> const& _frames;
     Scene& _scene;
     Report& _report;
-    /// How many frames at most are read and not stamped, and how many stamped and not written: what bounds
-    /// the memory of a long sequence.
+    /// How many frames at most are read and not stamped, and how many stamped and not written.
     std::size_t _window;
+    qint64 _maxPixels;
     int _pngCompression;
     std::size_t _readCount = 0;
     std::size_t _reportedCount = 0;
     std::queue<std::future<Frame>> _read;
     std::queue<std::future<void>> _written;
-    QThreadPool& _pool = *QThreadPool::globalInstance();
+    /// The next frame to read, if it is open.
+    std::shared_ptr<PictureFile> _next;
+    /// Of the frames that are read and not reported.
+    std::queue<qint64> _pixelCounts;
+    qint64 _pixelsUnderWay = 0;
 };
 
 } // namespace

@@ -5,7 +5,9 @@
 #include "Fonts.h"
 #include "Host.h"
 #include "Options.h"
+#include "Outputs.h"
 #include "Report.h"
+#include "Resources.h"
 #include "Scene.h"
 #include "Sequence.h"
 
@@ -31,9 +33,12 @@ void makeFolder(QString const& folder)
 
 ExitCode stamp(Options const& options)
 {
-    std::vector<OverlayEntry> const entries = readOverlayFile(options.overlayFile);
-    requireFonts(options.overlayFile, entries);
-    Scene scene(entries);
+    limitThreads(options.jobs);
+    std::vector<OverlayEntry> const entries = readOverlayFile(options.overlayFile, options.maxPixels);
+    requireFonts(entries);
+    if (!options.isForced)
+        requireSafeOutputs(options, entries);
+    Scene scene(entries, options.maxPixels);
     makeFolder(options.outputDir);
     Report report(options.frames.size(), options.isQuiet);
     stampSequence(options, scene, report);

@@ -19,8 +19,9 @@ namespace ztExamples
 namespace
 {
 
-/// What fits into a buffer of the graphics library, whose size is an int.
-constexpr std::size_t maxVertices = std::numeric_limits<int>::max() / sizeof(Vertex);
+constexpr std::size_t maxTriangles = 10000000;
+constexpr std::size_t maxVertices = 3 * maxTriangles;
+constexpr std::size_t maxLineLength = 1 << 20;
 
 /// Thrown with what was expected and what is there instead. Whoever knows the place adds it.
 using Complaint = std::runtime_error;
@@ -30,6 +31,12 @@ using Complaint = std::runtime_error;
     constexpr std::size_t maxLength = 60;
     std::string const shown(found.substr(0, maxLength));
     throw Complaint("expected " + expected + ", got \"" + shown + (found.size() > maxLength ? "..." : "") + '"');
+}
+
+void requireAtMost(std::size_t most, std::size_t count, char const* what)
+{
+    if (count > most)
+        throw Complaint("expected " + std::to_string(most) + " " + what + " at most");
 }
 
 /// Takes the text up to a separator, and that too, off the front.
@@ -116,6 +123,8 @@ class Reader
             ++_texCoordCount;
         else if (keyword == "f")
             readFace(line);
+        requireAtMost(maxVertices, _positions.size(), "vertices");
+        requireAtMost(maxVertices, _normals.size(), "normals");
     }
 
     Mesh finish()
@@ -152,8 +161,7 @@ class Reader
             polygon.push_back(toCorner(word));
         if (polygon.size() < 3)
             complain("three or more corners", text);
-        if (polygon.size() - 2 > (maxVertices - _corners.size()) / 3)
-            throw Complaint("expected " + std::to_string(maxVertices / 3) + " triangles at most");
+        requireAtMost(maxTriangles, _corners.size() / 3 + polygon.size() - 2, "triangles");
         for (std::size_t i = 2; i < polygon.size(); ++i)
             _corners.insert(_corners.end(), {polygon[0], polygon[i - 1], polygon[i]});
     }
@@ -200,17 +208,35 @@ class Reader
     std::vector<Corner> _corners;
 };
 
+void requireLength(bool isShort)
+{
+    if (!isShort)
+        throw Complaint("expected " + std::to_string(maxLineLength) + " bytes at most");
+}
+
+/// A line of the stream, in the buffer. \return whether there is one
+bool takeLine(std::istream& stream, std::vector<char>& buffer, std::string_view& line)
+{
+    stream.getline(buffer.data(), std::streamsize(buffer.size()));
+    requireLength(!stream.fail() || stream.eof() || stream.bad());
+    if (stream.fail())
+        return false;
+    line = std::string_view(buffer.data(), std::size_t(stream.gcount()) - (stream.eof() ? 0 : 1));
+    return true;
+}
+
 /// A line without its comment, with those behind it that it goes on in. \return how many lines were read
-std::size_t readLine(std::istream& stream, std::string& line)
+std::size_t readLine(std::istream& stream, std::vector<char>& buffer, std::string& line)
 {
     std::size_t count = 0;
     line.clear();
-    for (std::string part; std::getline(stream, part);)
+    for (std::string_view part; takeLine(stream, buffer, part);)
     {
         ++count;
         if (!part.empty() && part.back() == '\r')
-            part.pop_back();
+            part.remove_suffix(1);
         line += part.substr(0, part.find('#'));
+        requireLength(line.size() < buffer.size());
         if (line.empty() || line.back() != '\\')
             break;
         line.back() = ' ';
@@ -234,8 +260,9 @@ Mesh readObj(std::istream& stream)
     skipByteOrderMark(stream);
     try
     {
+        std::vector<char> buffer(maxLineLength + 1);
         std::string line;
-        while (std::size_t const count = readLine(stream, line))
+        while (std::size_t const count = readLine(stream, buffer, line))
         {
             reader.readStatement(line);
             lineNumber += count;

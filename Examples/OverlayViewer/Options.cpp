@@ -43,8 +43,12 @@ text has been rendered and how many textures have been uploaded since the start.
 counts. With --frames or --screenshot each frame is a sixtieth of a second and no time is shown, so that the
 pictures are always the same.
 
+A mesh has 10 million triangles at most. The pictures of the JSON file have 2^28 pixels together, and so have the
+texts as they are rendered; a text has 100000 characters at most, the file 4 MiB.
+
 Exit codes: 0 if all is well; 1 if --check finds anything, if a frame couldn't be drawn or the screenshot not be
-written, or there is no OpenGL 3.3 or OpenGL ES 3.0; 2 if the command line, the JSON file or the mesh is wrong.
+written, if there is no OpenGL 3.3 or OpenGL ES 3.0, or if the system doesn't give what is needed; 2 if the
+command line, the JSON file or the mesh is wrong; 129, 130 and 143 after a signal HUP, INT and TERM.
 )";
 
 void addOptions(QCommandLineParser& parser)

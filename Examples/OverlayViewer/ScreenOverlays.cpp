@@ -80,7 +80,6 @@ ScreenOverlays::ScreenOverlays(std::vector<OverlayEntry> const& entries, Placeho
     : _scene(withPanels(entries)), _poolRoot(ztOverlays::getOverlayPoolRoot()), _panel(_poolRoot->children[0]),
       _status(overlayOf(_poolRoot->children[1])), _viewport(osg::create<osg::Viewport>())
 {
-    osg::addRef(_viewport);
     osg::PThreadBase::setCurrentChangeList(&_changes);
     _scene.setTexts(values);
     ztOverlays::addOverlays(_viewport);
@@ -89,7 +88,6 @@ ScreenOverlays::ScreenOverlays(std::vector<OverlayEntry> const& entries, Placeho
 ScreenOverlays::~ScreenOverlays()
 {
     osg::PThreadBase::setCurrentChangeList(nullptr);
-    osg::subRef(_viewport);
 }
 
 void ScreenOverlays::layOut(QSize const& pixels, double scale)
@@ -103,7 +101,7 @@ void ScreenOverlays::layOut(QSize const& pixels, double scale)
         _viewport->pixelHeight = pixels.height();
         osg::markChanged(_viewport, osg::Viewport::PixelWidthFieldMask | osg::Viewport::PixelHeightFieldMask);
     }
-    ztOverlays::updateAllOverlays(_viewport);
+    _scene.layOut(pixels);
     countRenderings();
 }
 
@@ -178,13 +176,7 @@ osg::OverlayPtr ScreenOverlays::visibleAt(QPointF const& point) const
     return node != osg::NullFC ? overlayOf(node) : osg::OverlayPtr();
 }
 
-void moveTo(osg::OverlayPtr const& overlay, osg::Vec2f const& offset)
-{
-    overlay->offset = offset;
-    osg::markChanged(overlay, osg::Overlay::OffsetFieldMask);
-}
-
-void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile)
+void ScreenOverlays::drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile)
 {
     auto const camera = osg::create<osg::TileCameraDecorator>();
     camera->fullWidth = picture.width();
@@ -194,15 +186,19 @@ void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& ti
     camera->bottom = float(tile.y()) / float(picture.height());
     camera->top = float(tile.y() + tile.height()) / float(picture.height());
 
-    auto const viewport = osg::create<osg::Viewport>();
-    osg::addRef(viewport);
+    osg::RefPtr<osg::Viewport> const viewport(osg::create<osg::Viewport>());
     osg::setRefdCP(viewport->camera, camera);
     viewport->pixelWidth = tile.width();
     viewport->pixelHeight = tile.height();
-    ztOverlays::updateAllOverlays(viewport);
+    _scene.layOut(picture);
     osg::DrawFrame const frame(action);
     ztOverlays::drawOverlays(&action, viewport.get());
-    osg::subRef(viewport);
+}
+
+void moveTo(osg::OverlayPtr const& overlay, osg::Vec2f const& offset)
+{
+    overlay->offset = offset;
+    osg::markChanged(overlay, osg::Overlay::OffsetFieldMask);
 }
 
 } // namespace ztExamples

@@ -4,6 +4,7 @@
 
 #include "OSGChangeList.h"
 #include "OSGDrawAction.h"
+#include "OSGRefPtr.h"
 #include "Scene.h"
 
 #include <QPointF>
@@ -27,6 +28,7 @@ class ScreenOverlays
 
     /// Renders and places what has changed, for a window of a size.
     /// \param scale  pixels for each DPI-independent pixel
+    /// \throw std::runtime_error if an overlay is too large; what() names it
     void layOut(QSize const& pixels, double scale);
 
     /// How many texts have been rendered since the start, as far as layOut() has come.
@@ -46,6 +48,12 @@ class ScreenOverlays
     /// The topmost overlay at a point of the layout that is shown, or null.
     osg::OverlayPtr visibleAt(QPointF const& point) const;
 
+    /// Stamps what is shown onto a picture, see Scene::stamp().
+    void stamp(QImage& pixels) { _scene.stamp(pixels, _viewport); }
+
+    /// Lays the overlays out for a picture and draws a tile of it.
+    void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile);
+
   private:
     void togglePanel(std::string const& text);
     void toggle(osg::NodePtr const& node);
@@ -55,15 +63,12 @@ class ScreenOverlays
     osg::NodePtr _poolRoot;
     osg::NodePtr _panel;
     osg::OverlayPtr _status;
-    osg::ViewportPtr _viewport;
+    osg::RefPtr<osg::Viewport> _viewport;
     osg::ChangeList _changes;
     std::size_t _renderingCount = 0;
 };
 
 /// Gives an overlay another `offset`, which only places it.
 void moveTo(osg::OverlayPtr const& overlay, osg::Vec2f const& offset);
-
-/// Lays the current scene's overlays out for a picture and draws a tile of it.
-void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile);
 
 } // namespace ztExamples

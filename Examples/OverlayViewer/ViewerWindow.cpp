@@ -114,7 +114,7 @@ try
 }
 catch (std::exception const& error)
 {
-    printError(QString::fromUtf8(error.what()));
+    printError(reasonOf(error));
     _hasFailed = true;
     QCoreApplication::exit(1);
 }
@@ -187,7 +187,7 @@ void ViewerWindow::saveStamped()
 {
     save("stamped", [this](QSize const& size) {
         QImage picture = renderPicture(size, [&](QRect const& tile) { drawMesh(size, tile); });
-        stamp(picture, _overlays.viewport());
+        _overlays.stamp(picture);
         return picture;
     });
 }
@@ -197,7 +197,7 @@ void ViewerWindow::saveTiled()
     save("tiled", [this](QSize const& size) {
         return renderPicture(size, [&](QRect const& tile) {
             drawMesh(size, tile);
-            drawTile(_action, size, tile);
+            _overlays.drawTile(_action, size, tile);
         });
     });
 }
@@ -222,7 +222,7 @@ try
 }
 catch (std::exception const& error)
 {
-    printError(QString::fromUtf8(error.what()));
+    printError(reasonOf(error));
 }
 
 bool ViewerWindow::event(QEvent* event)

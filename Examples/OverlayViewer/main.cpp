@@ -6,10 +6,14 @@
 #include "ObjFile.h"
 #include "Options.h"
 #include "OverlayFile.h"
+#include "Resources.h"
 #include "ViewerWindow.h"
 #include "ztOverlayCheck.h"
 
 #include <QFileInfo>
+#include <QThread>
+
+#include <algorithm>
 
 namespace
 {
@@ -27,6 +31,7 @@ ExitCode check(ScreenOverlays& overlays, QSize const& size)
 
 ExitCode show(Options const& options)
 {
+    limitThreads(std::max(QThread::idealThreadCount(), 1));
     auto const entries =
         options.overlayFile.isEmpty() ? std::vector<OverlayEntry>() : readOverlayFile(options.overlayFile);
     Mesh mesh = options.meshFile.isEmpty() ? createTrefoilKnot() : readObjFile(options.meshFile);

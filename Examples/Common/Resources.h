@@ -1,0 +1,16 @@
+/// \file
+/// What the system gives a process.
+#pragma once
+
+namespace ztExamples
+{
+
+/// Requires that some files can be opened: without any, libraries end the process without a word.
+/// \throw std::system_error if not
+void requireFiles();
+
+/// Lets Qt's pool have so many threads, or as many as the system gives, and files for each to read and write.
+/// \throw std::system_error without a single one
+void limitThreads(int wanted);
+
+} // namespace ztExamples

@@ -1,0 +1,57 @@
+#include "Outputs.h"
+
+#include "CommandLine.h"
+
+#include <QFileInfo>
+
+#include <map>
+#include <sys/stat.h>
+#include <tuple>
+
+namespace ztExamples
+{
+
+namespace
+{
+
+/// Of a file, the same for all its names: device and number. Of one that isn't there those of its folder, and its name.
+using Identity = std::tuple<dev_t, ino_t, QString>;
+
+/// As writing does.
+QFileInfo followLinks(QFileInfo file)
+{
+    constexpr int maxLinks = 128;
+    for (int i = 0; i < maxLinks && file.isSymLink(); ++i)
+        file.setFile(file.symLinkTarget());
+    return file;
+}
+
+Identity identify(QString const& path)
+{
+    struct stat status = {};
+    if (stat(QFile::encodeName(path), &status) == 0)
+        return {status.st_dev, status.st_ino, QString()};
+    QFileInfo const file = followLinks(QFileInfo(path));
+    stat(QFile::encodeName(file.path()), &status);
+    return {status.st_dev, status.st_ino, file.fileName()};
+}
+
+} // namespace
+
+void requireSafeOutputs(Options const& options, std::vector<OverlayEntry> const& entries)
+{
+    std::map<Identity, QString> uses;
+    for (FramePaths const& frame : options.frames)
+        uses.emplace(identify(frame.input), "an input");
+    uses.emplace(identify(options.overlayFile), "the overlay file");
+    for (OverlayEntry const& entry : entries)
+        if (entry.image)
+            uses.emplace(identify(entry.imageFile), "a picture of the overlay file");
+    for (FramePaths const& frame : options.frames)
+    {
+        auto const [use, isFree] = uses.emplace(identify(frame.output), "\"" + frame.output + "\" too");
+        require(isFree, "\"" + frame.output + "\" is " + use->second + ", which only --force replaces");
+    }
+}
+
+} // namespace ztExamples

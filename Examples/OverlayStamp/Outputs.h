@@ -1,0 +1,15 @@
+/// \file
+/// What outputs would replace.
+#pragma once
+
+#include "Options.h"
+#include "OverlayFile.h"
+
+namespace ztExamples
+{
+
+/// Requires that no output is, under whatever name, a file that is read or another output.
+/// \throw std::runtime_error for a usage error; what() is one line about it
+void requireSafeOutputs(Options const& options, std::vector<OverlayEntry> const& entries);
+
+} // namespace ztExamples
