@@ -167,10 +167,16 @@ Row const rows[] = {
     {"blend", blendOntoItself},
     {"pool root", [](Scene& s) { osg::dynamicCast<osg::MaterialPool>(s.spare->core)->initOverlayRoot(); },
      [](Scene& s) { s.spare->setCore(osg::create<osg::MaterialPool>()); }},
+    {"overlay", [](Scene& s) { ztOverlays::createOverlay(s.root); }},
+    {"overlay anywhere", [](Scene&) { osg::NewPtr<osg::Node>(ztOverlays::createOverlay(osg::NullFC)); }},
+    {"duplicate of a text", [](Scene& s) { ztOverlays::duplicateOverlay(s.group, s.text); }},
+    {"duplicate of a picture", [](Scene& s) { ztOverlays::duplicateOverlay(s.group, s.shown); }},
     {"names", [](Scene&) { ztOverlays::findOverlays("Overlay"); }},
     {"text", [](Scene& s) { ztOverlays::updateOverlayImage(s.textNode, s.viewport); }},
     {"text removed", [](Scene& s) { ztOverlays::updateOverlayImage(s.text, 60, 40); },
      [](Scene& s) { ztOverlays::updateOverlay(s.text, 60, 40), s.text->text.clear(); }},
+    {"no foreground", [](Scene& s) { ztOverlays::updateOverlayImage(s.shown, 60, 40); },
+     [](Scene& s) { osg::setRefdCP(s.shown->foreground, osg::NullFC); }},
     {"place", [](Scene& s) { ztOverlays::updateOverlayPosition(s.shownNode, s.viewport); },
      [](Scene& s) { osg::setRefdCP(s.shown->image, s.frame), s.shown->foreground->positions = {}; }},
     {"visible", [](Scene& s) { ztOverlays::getAllVisibleOverlays(s.visible); }},
@@ -179,15 +185,12 @@ Row const rows[] = {
      [](Scene& s) {
          s.viewport->foregrounds = {s.text->foreground, s.shown->foreground};
      }},
-    {"create", [](Scene& s) { ztOverlays::createOverlay(s.spare); }},
-    {"duplicate", [](Scene& s) { ztOverlays::duplicateOverlay(s.root, s.shown); }, [](Scene& s) { s.share(); }},
     {"update", [](Scene& s) { ztOverlays::updateAllOverlays(s.viewport); }, [](Scene&) {}, false},
     {"stamp",
      [](Scene& s) {
-         std::fill(s.frame->pixels.begin(), s.frame->pixels.end(), osg::UInt8(9));
          ztOverlays::blendOverlaysOntoImage({s.text, s.shown}, s.frame, s.viewport);
      },
-     [](Scene& s) { s.shown->size = 20; }, false},
+     [](Scene&) {}, false},
 };
 
 } // namespace
