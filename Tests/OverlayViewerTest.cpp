@@ -1,15 +1,17 @@
 // overlay-viewer: meshes, what is where, and the window, in which suites have names that begin with Window.
 
 #include "HostTest.h"
-#include "ObjFile.h"
+#include "MeshFile.h"
 #include "Picture.h"
 #include "View.h"
 #include "ViewerWindow.h"
 #include "ztOverlayUtils.h"
 
 #include <QBitmap>
+#include <QDataStream>
 #include <QDeadlineTimer>
 #include <QGuiApplication>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QScreen>
 
@@ -81,34 +83,93 @@ class Viewer : public HostTest
 
 QByteArray const square = "v 1 1 5\nv 5 1 5\nv 5 4 5\nv 1 4 5\n";
 
+QByteArray const squarePly = "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
+                             "property float z\nelement face 1\nproperty list uchar int vertex_index\nend_header\n";
+
+/// Numbers of single precision in an order of bytes.
+QByteArray toBytes(std::vector<float> const& numbers, QDataStream::ByteOrder order = QDataStream::LittleEndian)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setByteOrder(order);
+    stream.setFloatingPointPrecision(QDataStream::SinglePrecision);
+    for (float const number : numbers)
+        stream << number;
+    return bytes;
+}
+
+QByteArray binaryPly(QByteArray const& format, QDataStream::ByteOrder order)
+{
+    QByteArray face;
+    QDataStream stream(&face, QIODevice::WriteOnly);
+    stream.setByteOrder(order);
+    stream << quint8(4) << qint32(0) << qint32(1) << qint32(2) << qint32(3);
+    return QByteArray(squarePly).replace("ascii", format) + toBytes({1, 1, 5, 5, 1, 5, 5, 4, 5, 1, 4, 5}, order) + face;
+}
+
+/// With a normal that isn't so.
+QByteArray const binaryStl = QByteArray(80, 's') + QByteArray("\2\0\0\0", 4) +
+                             toBytes({9, 9, 9, 1, 1, 5, 5, 1, 5, 5, 4, 5}) + "ab" +
+                             toBytes({9, 9, 9, 1, 1, 5, 5, 4, 5, 1, 4, 5}) + "ab";
+
 TEST_F(Viewer, ReadsASquareSpeltInManyWays)
 {
     float const x = 0.8f, y = 0.6f;
     QVector3D const corners[] = {{-x, -y, 0.0f}, {x, -y, 0.0f}, {x, y, 0.0f},
                                  {-x, -y, 0.0f}, {x, y, 0.0f},  {-x, y, 0.0f}};
-    for (QByteArray const& text :
-         {"\xef\xbb\xbf" + square + "f 1 2 3\nf 1 3 4", square + "vn 0 0 3e38\nvt 0.5\nf 1//1 -3/1/-1 3/-1 4/",
-          "mtllib a.mtl\n# a square\n" + square + "s 1\nl 1 9\nf 1 2 3 4 # 5\nend",
-          QByteArray("\n\n\tv  +1 1.0e0 5 1.0\r\nv 5 1 5 0 0 0\r\nv 5\t4 5\r\nv 1 4 5 \r\n f 1  2\\\n3 \\\r\n4\r\n"),
-          QByteArray("v -2.4e38 -1.8e38 0\nv 2.4e38 -1.8e38 0\nv 2.4e38 1.8e38 0\nv -2.4e38 1.8e38 0\nf 1 2 3 4")})
+    std::pair<char const*, QByteArray> const rows[] = {
+        {"a.obj", "\xef\xbb\xbf" + square + "f 1 2 3\nf 1 3 4"},
+        {"a.obj", square + "vn 0 0 3e38\nvt 0.5\nf 1//1 -3/1/-1 3/-1 4/"},
+        {"a.obj", "mtllib a.mtl\n# a square\n" + square + "s 1\nl 1 9\nf 1 2 3 4 # 5\nend"},
+        {"a.obj", "\n\n\tv  +1 1.0e0 5 1.0\r\nv 5 1 5 0 0 0\r\nv 5\t4 5\r\nv 1 4 5 \r\n f 1  2\\\n3 \\\r\n4\r\n"},
+        {"a.obj", "v -2.4e38 -1.8e38 0\nv 2.4e38 -1.8e38 0\nv 2.4e38 1.8e38 0\nv -2.4e38 1.8e38 0\nf 1 2 3 4"},
+        {"a.stl",
+         "solid a\nouter loop\nvertex 1 1 5\nvertex 5 1 5 vertex +5 4 5\nvertex 1 1 5 vertex 5 4 5 vertex 1 4 5"},
+        {"a.STL", binaryStl},
+        {"a.ply", squarePly + "1 1 5 5 1 5\n5 4 5\n1 4 5\n4 0 1 2 3"},
+        {"a.ply", binaryPly("binary_little_endian", QDataStream::LittleEndian)},
+        {"a.ply", binaryPly("binary_big_endian", QDataStream::BigEndian)},
+    };
+    for (auto const& [name, bytes] : rows)
     {
-        write("square.obj", text);
-        Mesh const mesh = readObjFile("square.obj");
-        ASSERT_EQ(mesh.size(), 6u) << text.data();
+        write(name, bytes);
+        Mesh const mesh = readMeshFile(name);
+        ASSERT_EQ(mesh.size(), 6u) << bytes.data();
         for (std::size_t i = 0; i < 6; ++i)
         {
-            EXPECT_LT((mesh[i].position - corners[i]).length(), 1e-6f) << text.data();
-            EXPECT_LT((mesh[i].normal - QVector3D(0.0f, 0.0f, 1.0f)).length(), 1e-6f) << text.data();
+            EXPECT_LT((mesh[i].position - corners[i]).length(), 1e-6f) << bytes.data();
+            EXPECT_LT((mesh[i].normal - QVector3D(0.0f, 0.0f, 1.0f)).length(), 1e-6f) << bytes.data();
+            EXPECT_EQ(mesh[i].color, Color()) << bytes.data();
         }
     }
     write("point.obj", "v 1 1 1\nf 1 1 1");
-    EXPECT_EQ(readObjFile("point.obj")[0].position, QVector3D());
+    EXPECT_EQ(readMeshFile("point.obj")[0].position, QVector3D());
     write("small.obj", "v -1 0 0\nv 1 0 0\nv 0 0 0\nv 0 1e-4 0\nv 0 0 1e-4\nf 3 4 5");
-    EXPECT_EQ(readObjFile("small.obj")[0].normal, QVector3D(1, 0, 0));
+    EXPECT_EQ(readMeshFile("small.obj")[0].normal, QVector3D(1, 0, 0));
     write("folded.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nf 1 2 3\nf 1 4 2");
-    Mesh const folded = readObjFile("folded.obj");
+    Mesh const folded = readMeshFile("folded.obj");
     EXPECT_LT((folded[0].normal - QVector3D(0, 1, 1) / std::sqrt(2.0f)).length(), 1e-6f) << "along the fold";
     EXPECT_EQ(folded[2].normal, QVector3D(0, 0, 1));
+}
+
+TEST_F(Viewer, ReadsTheColorsOfMaterialsAndVertices)
+{
+    write("a b.mtl", "newmtl red one\nKa 1 1 1\nKd 1 0.2 -1\nnewmtl blue\nKd 0 0 2\r\n");
+    write("a.obj",
+          "mtllib a b.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\nusemtl red one \nf 1 2 3\nusemtl blue\nf 1 2 3\n"
+          "usemtl none\nf 1 2 3\n");
+    Color const red{255, 51, 0, 255}, blue{0, 0, 255, 255};
+    Mesh const mesh = readMeshFile("a.obj");
+    for (auto const& [corner, color] : {std::pair{0u, Color()}, {3u, red}, {6u, blue}, {9u, Color()}})
+        EXPECT_EQ(mesh.at(corner).color, color) << corner;
+    write("a.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty uchar red\nproperty float x\nproperty float y\n"
+                   "property float green\nproperty float nx\nelement face 1\nproperty list uchar uchar vertex_indices\n"
+                   "end_header\n255 0 0 0.2 3\n255 1 0 0.2 0\n0 0 1 2 0\n3 0 1 2\n");
+    Mesh const triangle = readMeshFile("a.ply");
+    EXPECT_EQ(triangle.at(0).color, red);
+    EXPECT_EQ(triangle.at(2).color, (Color{0, 255, 0, 255}));
+    EXPECT_EQ(triangle.at(0).normal, QVector3D(1, 0, 0));
+    EXPECT_EQ(triangle.at(1).normal, QVector3D(0, 0, 1)) << "of the surface, without one of its own";
 }
 
 TEST_F(Viewer, SaysInOneLineWhatIsWrong)
@@ -145,6 +206,25 @@ TEST_F(Viewer, SaysInOneLineWhatIsWrong)
     }
     write("labels.json", R"({"overlays":[{"text":"a","text":"b"}]})");
     expectComplaint("--overlays labels.json", R"(labels.json: line 1, column 26: the key "text" is there already)");
+    std::tuple<char const*, QByteArray, std::string> const fileRows[] = {
+        {"a.stl", "solid a\nvertex 1 2 x", R"(line 2: expected a number, got "x")"},
+        {"a.stl", "vertex 1 2 3", "expected triangles of three vertices each before the end of the file"},
+        {"a.ply", "plx", R"(expected "ply" at the beginning)"},
+        {"a.ply", "ply\nformat ascii 1.0\nelement a b\n", R"(line 3: expected how many there are, got "b")"},
+        {"a.ply", squarePly + "1 1 5 5 1 5 5 4 5 1 4 5\n3 0 1 4\n",
+         "line 11: expected the number of one of the 4 vertices above, counted from 0"},
+        {"a.ply", binaryPly("binary_little_endian", QDataStream::LittleEndian).chopped(1),
+         "expected more numbers before the end of the file"},
+        {"a.mtl", "Kd", "expected a mesh (.obj, .stl or .ply), got another kind of file"},
+        {"a.json", "{}", "expected a mesh (.obj, .stl or .ply), got an overlay file, which --overlays takes"},
+    };
+    for (auto const& [name, bytes, complaint] : fileRows)
+    {
+        write(name, bytes);
+        expectComplaint(name, std::string(name) + ": " + complaint);
+    }
+    expectComplaint("--overlays red.png", "red.png: expected an overlay file (.json), got a picture");
+    expectComplaint("red.png", "red.png: expected a mesh (.obj, .stl or .ply), got a picture");
     for (char const* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         _environment.remove(name);
     expectNeeds("--frames 1");
@@ -204,7 +284,11 @@ TEST_F(WindowOfProcess, ShowsMeshAndOverlaysWhereStampingPutsThem)
     EXPECT_EQ(screenshot(" --frames 1"), mesh);
     EXPECT_NE(screenshot(" --frames 2"), mesh);
     write("triangle.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
-    EXPECT_NE(screenshot(" triangle.obj"), mesh);
+    QImage const triangle = screenshot(" triangle.obj");
+    EXPECT_NE(triangle, mesh);
+    write("triangle.mtl", "newmtl blue\nKd 0 0 1\n");
+    write("blue.obj", "mtllib triangle.mtl\nusemtl blue\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    EXPECT_NE(screenshot(" blue.obj"), triangle);
 
     QImage const shown = screenshot(" --overlays labels.json");
     EXPECT_EQ(redPart(shown), QRect(10, 303 - 40, 40, 20));
@@ -335,6 +419,49 @@ TEST_F(Window, DragsAnOverlayWithoutRenderingIt)
     EXPECT_EQ(label->foreground->positions[0].x, before.x - 59.5f);
     EXPECT_EQ(label->foreground->positions[0].y, before.y - 30.0f);
     EXPECT_LE(_overlays.renderingCount(), renderings + 1) << "but for the label with the counts";
+}
+
+TEST_F(Window, TurnsAndEnlargesTheMesh)
+{
+    QImage const before = shown();
+    auto const drag = [this](QPointF const& from, QPointF const& to) {
+        mouse(QEvent::MouseButtonPress, from, Qt::LeftButton);
+        mouse(QEvent::MouseMove, to, Qt::LeftButton);
+        mouse(QEvent::MouseButtonRelease, to, Qt::LeftButton);
+        return shown();
+    };
+    EXPECT_GT(difference(drag({200, 150}, {260, 120}), before), 50);
+    EXPECT_EQ(difference(drag({260, 120}, {200, 150}), before), 0);
+    QWheelEvent wheel({200, 150}, {200, 150}, {}, {0, 240}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&_window, &wheel);
+    EXPECT_GT(difference(shown(), before), 50);
+    EXPECT_EQ(redPart(shown()), redPart(before)) << "overlays stay";
+}
+
+TEST_F(Window, ShowsWhatIsDroppedOntoIt)
+{
+    QImage const before = shown();
+    auto const drop = [this](QString const& file) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath())});
+        QDropEvent event({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        testing::internal::CaptureStderr();
+        QCoreApplication::sendEvent(&_window, &event);
+        EXPECT_TRUE(event.isAccepted());
+        return testing::internal::GetCapturedStderr();
+    };
+    write("triangle.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    write("other.json",
+          R"({"overlays": [{"contentType": "image", "image": "red.png", "size": 20, "anchor": [1, 1]}]})");
+    EXPECT_EQ(drop("triangle.obj"), "");
+    EXPECT_GT(difference(shown(), before), 50);
+    EXPECT_EQ(redPart(shown()), redPart(before));
+    EXPECT_EQ(drop("other.json"), "");
+    EXPECT_EQ(redPart(shown()), QRect(388 - 40, 0, 40, 20));
+    EXPECT_EQ(_window.title(), "triangle.obj, other.json");
+    EXPECT_NE(drop("red.png").find("red.png: expected a mesh (.obj, .stl or .ply), got a picture\n"),
+              std::string::npos);
+    EXPECT_EQ(_window.title(), "triangle.obj, other.json");
 }
 
 TEST_F(Window, OutlivesItsContext)

@@ -1,5 +1,8 @@
 #include "Mesh.h"
 
+#include "Words.h"
+
+#include <algorithm>
 #include <cmath>
 
 namespace ztExamples
@@ -43,10 +46,71 @@ Vertex knotVertex(int knotStep, int tubeStep)
     QVector3D const side = QVector3D::crossProduct(knotVelocity(t), knotAcceleration(t)).normalized();
     QVector3D const inside = QVector3D::crossProduct(side, knotVelocity(t)).normalized();
     QVector3D const normal = std::cos(angle) * inside + std::sin(angle) * side;
-    return {(knot(t) + tubeRadius * normal) / knotRadius, normal};
+    return {(knot(t) + tubeRadius * normal) / knotRadius, normal, {}};
+}
+
+/// In double precision, in which the differences of single ones don't overflow.
+void fit(std::vector<QVector3D>& positions)
+{
+    double low[3], high[3], squares = 0.0;
+    for (int i = 0; i < 3; ++i)
+    {
+        auto const [least, greatest] = std::minmax_element(
+            positions.begin(), positions.end(), [i](QVector3D const& a, QVector3D const& b) { return a[i] < b[i]; });
+        low[i] = double((*least)[i]);
+        high[i] = double((*greatest)[i]);
+        squares += (high[i] - low[i]) * (high[i] - low[i]);
+    }
+    double const radius = squares > 0.0 ? std::sqrt(squares) / 2.0 : 1.0;
+    for (QVector3D& position : positions)
+        for (int i = 0; i < 3; ++i)
+            position[i] = float((double(position[i]) - (low[i] + high[i]) / 2.0) / radius);
+}
+
+/// For each position, of the triangles there, each weighted by its area.
+std::vector<QVector3D> computeNormals(std::vector<QVector3D> const& positions, std::vector<Corner> const& corners)
+{
+    std::vector<QVector3D> normals(positions.size());
+    for (std::size_t i = 0; i < corners.size(); i += 3)
+    {
+        QVector3D const& a = positions[corners[i].position];
+        QVector3D const normal =
+            QVector3D::crossProduct(positions[corners[i + 1].position] - a, positions[corners[i + 2].position] - a);
+        for (std::size_t j = i; j < i + 3; ++j)
+            normals[corners[j].position] += normal;
+    }
+    for (QVector3D& normal : normals)
+        normal = toUnit(normal);
+    return normals;
 }
 
 } // namespace
+
+void addPolygon(std::vector<Corner> const& polygon, MeshParts& parts)
+{
+    requireAtMost(maxTriangles, parts.corners.size() / 3 + polygon.size() - 2, "triangles");
+    for (std::size_t i = 2; i < polygon.size(); ++i)
+        parts.corners.insert(parts.corners.end(), {polygon[0], polygon[i - 1], polygon[i]});
+}
+
+Mesh assemble(MeshParts parts)
+{
+    fit(parts.positions);
+    std::vector<QVector3D> const computed = computeNormals(parts.positions, parts.corners);
+    Mesh mesh;
+    mesh.reserve(parts.corners.size());
+    for (Corner const& corner : parts.corners)
+        mesh.push_back({parts.positions[corner.position],
+                        corner.normal ? parts.normals[*corner.normal] : computed[corner.position], corner.color});
+    return mesh;
+}
+
+QVector3D toUnit(QVector3D const& vector)
+{
+    double const x = double(vector.x()), y = double(vector.y()), z = double(vector.z());
+    double const length = std::sqrt(x * x + y * y + z * z);
+    return length > 0.0 ? QVector3D(float(x / length), float(y / length), float(z / length)) : vector;
+}
 
 Mesh createTrefoilKnot()
 {

@@ -21,7 +21,7 @@ class MeshRenderer
 
     /// Fills the framebuffer that is bound with a part of a picture: the lit mesh in front of a backdrop.
     /// \param tile  that part, in pixels of the picture, y up
-    void draw(QMatrix4x4 const& model, QSize const& picture, QRect const& tile);
+    void draw(QMatrix4x4 const& model, float zoom, QSize const& picture, QRect const& tile);
 
   private:
     QOpenGLShaderProgram _backdrop;

@@ -1,17 +1,15 @@
 #include "ObjFile.h"
 
-#include <QFile>
+#include "Words.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
-#include <cmath>
 #include <cstring>
 #include <fstream>
-#include <limits>
-#include <optional>
-#include <stdexcept>
-#include <string_view>
+#include <map>
 
 namespace ztExamples
 {
@@ -19,57 +17,7 @@ namespace ztExamples
 namespace
 {
 
-constexpr std::size_t maxTriangles = 10000000;
-constexpr std::size_t maxVertices = 3 * maxTriangles;
 constexpr std::size_t maxLineLength = 1 << 20;
-
-/// Thrown with what was expected and what is there instead. Whoever knows the place adds it.
-using Complaint = std::runtime_error;
-
-[[noreturn]] void complain(std::string const& expected, std::string_view found)
-{
-    constexpr std::size_t maxLength = 60;
-    std::string const shown(found.substr(0, maxLength));
-    throw Complaint("expected " + expected + ", got \"" + shown + (found.size() > maxLength ? "..." : "") + '"');
-}
-
-void requireAtMost(std::size_t most, std::size_t count, char const* what)
-{
-    if (count > most)
-        throw Complaint("expected " + std::to_string(most) + " " + what + " at most");
-}
-
-/// Takes the text up to a separator, and that too, off the front.
-std::string_view takeUntil(char const* separators, std::string_view& text)
-{
-    std::size_t const end = std::min(text.find_first_of(separators), text.size());
-    std::string_view const part = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    return part;
-}
-
-/// Empty at the end.
-std::string_view takeWord(std::string_view& text)
-{
-    constexpr char blanks[] = " \t\r";
-    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-    return takeUntil(blanks, text);
-}
-
-template <class T>
-std::optional<T> toNumber(std::string_view word)
-{
-    if (word.substr(0, 1) == "+")
-        word.remove_prefix(1);
-    T value;
-    auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-    return error == std::errc() && end == word.data() + word.size() ? std::optional(value) : std::nullopt;
-}
-
-bool fitsFloat(double value)
-{
-    return std::abs(value) <= double(std::numeric_limits<float>::max());
-}
 
 QVector3D toVector(std::string_view text)
 {
@@ -85,14 +33,6 @@ QVector3D toVector(std::string_view text)
     return vector;
 }
 
-/// A vector of length 1 in the direction of another, however short that is; zero for zero.
-QVector3D toUnit(QVector3D const& vector)
-{
-    double const x = double(vector.x()), y = double(vector.y()), z = double(vector.z());
-    double const length = std::sqrt(x * x + y * y + z * z);
-    return length > 0.0 ? QVector3D(float(x / length), float(y / length), float(z / length)) : vector;
-}
-
 /// From 0, of a number that counts from 1, or from -1 backwards.
 std::size_t toIndex(std::string_view word, char const* what, std::size_t count)
 {
@@ -102,111 +42,6 @@ std::size_t toIndex(std::string_view word, char const* what, std::size_t count)
         complain("the number of one of the " + std::to_string(count) + " " + what + " above", word);
     return std::size_t(number > 0 ? number - 1 : number + size);
 }
-
-struct Corner
-{
-    std::size_t position;
-    std::optional<std::size_t> normal;
-};
-
-class Reader
-{
-  public:
-    void readStatement(std::string_view line)
-    {
-        std::string_view const keyword = takeWord(line);
-        if (keyword == "v")
-            _positions.push_back(toVector(line));
-        else if (keyword == "vn")
-            _normals.push_back(toUnit(toVector(line)));
-        else if (keyword == "vt")
-            ++_texCoordCount;
-        else if (keyword == "f")
-            readFace(line);
-        requireAtMost(maxVertices, _positions.size(), "vertices");
-        requireAtMost(maxVertices, _normals.size(), "normals");
-    }
-
-    Mesh finish()
-    {
-        if (_corners.empty())
-            throw Complaint("expected a face before the end of the file");
-        fitPositions();
-        std::vector<QVector3D> const computed = computeNormals();
-        Mesh mesh;
-        mesh.reserve(_corners.size());
-        for (Corner const& corner : _corners)
-            mesh.push_back(
-                {_positions[corner.position], corner.normal ? _normals[*corner.normal] : computed[corner.position]});
-        return mesh;
-    }
-
-  private:
-    Corner toCorner(std::string_view word) const
-    {
-        std::string_view rest = word;
-        Corner corner{toIndex(takeUntil("/", rest), "vertices", _positions.size()), std::nullopt};
-        if (std::string_view const texCoord = takeUntil("/", rest); !texCoord.empty())
-            toIndex(texCoord, "texture coordinates", _texCoordCount);
-        if (!rest.empty())
-            corner.normal = toIndex(rest, "normals", _normals.size());
-        return corner;
-    }
-
-    void readFace(std::string_view text)
-    {
-        std::string_view rest = text;
-        std::vector<Corner> polygon;
-        for (std::string_view word = takeWord(rest); !word.empty(); word = takeWord(rest))
-            polygon.push_back(toCorner(word));
-        if (polygon.size() < 3)
-            complain("three or more corners", text);
-        requireAtMost(maxTriangles, _corners.size() / 3 + polygon.size() - 2, "triangles");
-        for (std::size_t i = 2; i < polygon.size(); ++i)
-            _corners.insert(_corners.end(), {polygon[0], polygon[i - 1], polygon[i]});
-    }
-
-    /// In double precision, in which the differences of single ones don't overflow.
-    void fitPositions()
-    {
-        double low[3], high[3], squares = 0.0;
-        for (int i = 0; i < 3; ++i)
-        {
-            auto const [least, greatest] =
-                std::minmax_element(_positions.begin(), _positions.end(),
-                                    [i](QVector3D const& a, QVector3D const& b) { return a[i] < b[i]; });
-            low[i] = double((*least)[i]);
-            high[i] = double((*greatest)[i]);
-            squares += (high[i] - low[i]) * (high[i] - low[i]);
-        }
-        double const radius = squares > 0.0 ? std::sqrt(squares) / 2.0 : 1.0;
-        for (QVector3D& position : _positions)
-            for (int i = 0; i < 3; ++i)
-                position[i] = float((double(position[i]) - (low[i] + high[i]) / 2.0) / radius);
-    }
-
-    /// For each position, of the triangles there, each weighted by its area.
-    std::vector<QVector3D> computeNormals() const
-    {
-        std::vector<QVector3D> normals(_positions.size());
-        for (std::size_t i = 0; i < _corners.size(); i += 3)
-        {
-            QVector3D const& a = _positions[_corners[i].position];
-            QVector3D const normal = QVector3D::crossProduct(_positions[_corners[i + 1].position] - a,
-                                                             _positions[_corners[i + 2].position] - a);
-            for (std::size_t j = i; j < i + 3; ++j)
-                normals[_corners[j].position] += normal;
-        }
-        for (QVector3D& normal : normals)
-            normal = toUnit(normal);
-        return normals;
-    }
-
-    std::vector<QVector3D> _positions;
-    std::vector<QVector3D> _normals;
-    std::size_t _texCoordCount = 0;
-    std::vector<Corner> _corners;
-};
 
 void requireLength(bool isShort)
 {
@@ -244,6 +79,120 @@ std::size_t readLine(std::istream& stream, std::vector<char>& buffer, std::strin
     return count;
 }
 
+std::string trimmed(std::string_view text)
+{
+    return QByteArray::fromRawData(text.data(), int(text.size())).trimmed().toStdString();
+}
+
+/// The diffuse colours of materials.
+using Materials = std::map<std::string, Color>;
+
+Color toColor(QVector3D const& color)
+{
+    auto const channel = [](float component) {
+        return static_cast<unsigned char>(std::clamp(component, 0.0f, 1.0f) * 255.0f + 0.5f);
+    };
+    return {channel(color.x()), channel(color.y()), channel(color.z()), 255};
+}
+
+void readMaterials(std::istream& stream, Materials& materials)
+{
+    Color* color = nullptr;
+    std::vector<char> buffer(maxLineLength + 1);
+    std::string line;
+    while (readLine(stream, buffer, line))
+    {
+        std::string_view rest = line;
+        std::string_view const keyword = takeWord(rest);
+        if (keyword == "newmtl")
+            color = &materials[trimmed(rest)];
+        else if (keyword == "Kd" && color)
+            *color = toColor(toVector(rest));
+    }
+}
+
+/// Without the file there are no colours.
+void readMaterialFile(QString const& path, Materials& materials)
+try
+{
+    if (!QFileInfo(path).isFile())
+        return;
+    std::ifstream stream(QFile::encodeName(path).toStdString());
+    readMaterials(stream, materials);
+}
+catch (Complaint const& complaint)
+{
+    throw Complaint(path.toStdString() + ": " + complaint.what());
+}
+
+class Reader
+{
+  public:
+    /// \param folder  where material libraries are, or empty
+    explicit Reader(QString folder) : _folder(std::move(folder)) {}
+
+    void readStatement(std::string_view line)
+    {
+        std::string_view const keyword = takeWord(line);
+        if (keyword == "v")
+            _parts.positions.push_back(toVector(line));
+        else if (keyword == "vn")
+            _parts.normals.push_back(toUnit(toVector(line)));
+        else if (keyword == "vt")
+            ++_texCoordCount;
+        else if (keyword == "f")
+            readFace(line);
+        else if (keyword == "mtllib" && !_folder.isEmpty())
+            readMaterialFile(QDir(_folder).filePath(QString::fromStdString(trimmed(line))), _materials);
+        else if (keyword == "usemtl")
+            _color = colorOf(trimmed(line));
+        requireAtMost(maxVertices, _parts.positions.size(), "vertices");
+        requireAtMost(maxVertices, _parts.normals.size(), "normals");
+    }
+
+    Mesh finish()
+    {
+        if (_parts.corners.empty())
+            throw Complaint("expected a face before the end of the file");
+        return assemble(std::move(_parts));
+    }
+
+  private:
+    Color colorOf(std::string const& material) const
+    {
+        auto const found = _materials.find(material);
+        return found != _materials.end() ? found->second : Color();
+    }
+
+    Corner toCorner(std::string_view word) const
+    {
+        std::string_view rest = word;
+        Corner corner{toIndex(takeUntil("/", rest), "vertices", _parts.positions.size()), std::nullopt, _color};
+        if (std::string_view const texCoord = takeUntil("/", rest); !texCoord.empty())
+            toIndex(texCoord, "texture coordinates", _texCoordCount);
+        if (!rest.empty())
+            corner.normal = toIndex(rest, "normals", _parts.normals.size());
+        return corner;
+    }
+
+    void readFace(std::string_view text)
+    {
+        std::string_view rest = text;
+        std::vector<Corner> polygon;
+        for (std::string_view word = takeWord(rest); !word.empty(); word = takeWord(rest))
+            polygon.push_back(toCorner(word));
+        if (polygon.size() < 3)
+            complain("three or more corners", text);
+        addPolygon(polygon, _parts);
+    }
+
+    QString _folder;
+    Materials _materials;
+    Color _color{};
+    MeshParts _parts;
+    std::size_t _texCoordCount = 0;
+};
+
 void skipByteOrderMark(std::istream& stream)
 {
     for (char const c : {'\xef', '\xbb', '\xbf'})
@@ -253,9 +202,9 @@ void skipByteOrderMark(std::istream& stream)
 
 } // namespace
 
-Mesh readObj(std::istream& stream)
+Mesh readObj(std::istream& stream, QString const& folder)
 {
-    Reader reader;
+    Reader reader(folder);
     std::size_t lineNumber = 1;
     skipByteOrderMark(stream);
     try
@@ -282,7 +231,7 @@ try
     stream.peek(); // opens a folder, but doesn't read it
     if (!stream.is_open() || stream.bad())
         throw Complaint(std::string("can't read it: ") + std::strerror(errno));
-    Mesh mesh = readObj(stream);
+    Mesh mesh = readObj(stream, QFileInfo(path).path());
     if (stream.bad())
         throw Complaint(std::string("can't read it: ") + std::strerror(errno));
     return mesh;

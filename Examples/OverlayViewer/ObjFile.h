@@ -11,11 +11,11 @@
 namespace ztExamples
 {
 
-/// Reads `v`, `vn`, `vt` and `f` statements and passes over others. Polygons become fans of triangles, the
-/// whole is moved and scaled to fit around the origin, and corners without a normal get the one of the
-/// surfaces around their position.
+/// Reads `v`, `vn`, `vt` and `f` statements, and of materials the diffuse colours; passes over others. Polygons become
+/// fans of triangles; see assemble().
+/// \param folder  where material libraries are; empty to read none
 /// \throw std::runtime_error if anything isn't as it should be; what() names the line and what was expected
-Mesh readObj(std::istream& stream);
+Mesh readObj(std::istream& stream, QString const& folder);
 
 /// The same from a file, whose path is the first thing in what().
 Mesh readObjFile(QString const& path);

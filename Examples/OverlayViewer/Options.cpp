@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 #include "OverlayFile.h"
 
+#include <QFileInfo>
 #include <QRegularExpression>
 
 #include <limits>
@@ -27,7 +28,9 @@ Keys and mouse:
   H           show or hide this list
   C           show or hide what is amiss with the overlays, and what to do about it
   V           hide the overlay under the pointer; there, V shows it again
-  drag        move an overlay
+  drag        move an overlay, or turn the mesh
+  wheel       enlarge the mesh
+  drop        show the mesh or the overlays of the file that is dropped onto the window
   R           reverse the order of the overlays
   S           save what is shown, 1, 2 and 4 times as large, with the overlays stamped onto the picture
   T           save the same drawn by the graphics card in tiles
@@ -61,7 +64,8 @@ void addOptions(QCommandLineParser& parser)
         {"check", "Say what is amiss with the overlays, a line each, and show nothing."},
         {"size", "Size of the window in DPI-independent pixels (1280x720).", "WxH"},
     });
-    parser.addPositionalArgument("MESH.obj", "Wavefront OBJ file (a built-in shape).", "[MESH.obj]");
+    parser.addPositionalArgument(
+        "MESH", "OBJ, STL or PLY file, in its materials' or vertices' colours (a built-in shape).", "[MESH]");
 }
 
 int parseFrameCount(QString const& text)
@@ -84,6 +88,11 @@ QSize parseSize(QString const& text)
 }
 
 } // namespace
+
+QString meshName(Options const& options)
+{
+    return options.meshFile.isEmpty() ? "built-in shape" : QFileInfo(options.meshFile).fileName();
+}
 
 Options parseOptions(QStringList const& arguments)
 {

@@ -27,6 +27,9 @@ struct Options
     QString information;
 };
 
+/// What {file} stands for.
+QString meshName(Options const& options);
+
 /// \param arguments  the program's name first
 /// \throw std::runtime_error for a usage error; what() is one line about it
 Options parseOptions(QStringList const& arguments);

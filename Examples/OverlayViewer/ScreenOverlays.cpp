@@ -18,7 +18,8 @@ namespace
 constexpr char helpText[] = "  H          show or hide this list  \n"
                             "  C          show what is amiss with the overlays  \n"
                             "  V          hide or show what is under the pointer  \n"
-                            "  drag       move an overlay  \n"
+                            "  drag       move an overlay, or turn the mesh  \n"
+                            "  wheel      enlarge the mesh  \n"
                             "  R          reverse the order of the overlays  \n"
                             "  S          save at 1x, 2x, 4x, stamped  \n"
                             "  T          save at 1x, 2x, 4x, in tiles  \n"
@@ -77,17 +78,34 @@ bool isRendering(osg::ChangeList::Entry const& entry)
 } // namespace
 
 ScreenOverlays::ScreenOverlays(std::vector<OverlayEntry> const& entries, Placeholders const& values)
-    : _scene(withPanels(entries)), _poolRoot(ztOverlays::getOverlayPoolRoot()), _panel(_poolRoot->children[0]),
-      _status(overlayOf(_poolRoot->children[1])), _viewport(osg::create<osg::Viewport>())
+    : _viewport(osg::create<osg::Viewport>())
 {
     osg::PThreadBase::setCurrentChangeList(&_changes);
-    _scene.setTexts(values);
-    ztOverlays::addOverlays(_viewport);
+    load(entries, values);
 }
 
 ScreenOverlays::~ScreenOverlays()
 {
     osg::PThreadBase::setCurrentChangeList(nullptr);
+}
+
+void ScreenOverlays::load(std::vector<OverlayEntry> const& entries, Placeholders const& values)
+{
+    _viewport->foregrounds.clear(); // holds no references
+    _scene.reset();
+    _scene.emplace(withPanels(entries));
+    _changes.clear(); // names what is gone
+    _poolRoot = ztOverlays::getOverlayPoolRoot();
+    _panel = _poolRoot->children[0];
+    _status = overlayOf(_poolRoot->children[1]);
+    _scene->setTexts(values);
+    ztOverlays::addOverlays(_viewport);
+}
+
+void ScreenOverlays::setTexts(Placeholders const& values)
+{
+    _scene->setTexts(values);
+    setPanel(helpText); // as its entry says, too
 }
 
 void ScreenOverlays::layOut(QSize const& pixels, double scale)
@@ -101,7 +119,7 @@ void ScreenOverlays::layOut(QSize const& pixels, double scale)
         _viewport->pixelHeight = pixels.height();
         osg::markChanged(_viewport, osg::Viewport::PixelWidthFieldMask | osg::Viewport::PixelHeightFieldMask);
     }
-    _scene.layOut(pixels);
+    _scene->layOut(pixels);
     countRenderings();
 }
 
@@ -133,14 +151,20 @@ void ScreenOverlays::toggleFindings()
 
 void ScreenOverlays::togglePanel(std::string const& text)
 {
-    osg::OverlayPtr const panel = overlayOf(_panel);
-    bool const isOther = panel->text != text;
-    setText(panel, text);
-    panel->size = heightOf(text);
-    if (isOther)
-        osg::markChanged(panel, osg::Overlay::SizeFieldMask);
+    bool const isOther = overlayOf(_panel)->text != text;
+    setPanel(text);
     if (!isOther || !isShown(_panel))
         toggle(_panel);
+}
+
+void ScreenOverlays::setPanel(std::string const& text)
+{
+    osg::OverlayPtr const panel = overlayOf(_panel);
+    setText(panel, text);
+    if (panel->size == heightOf(text))
+        return;
+    panel->size = heightOf(text);
+    osg::markChanged(panel, osg::Overlay::SizeFieldMask);
 }
 
 void ScreenOverlays::toggleAt(QPointF const& point)
@@ -190,7 +214,7 @@ void ScreenOverlays::drawTile(osg::DrawActionBase& action, QSize const& picture,
     osg::setRefdCP(viewport->camera, camera);
     viewport->pixelWidth = tile.width();
     viewport->pixelHeight = tile.height();
-    _scene.layOut(picture);
+    _scene->layOut(picture);
     osg::DrawFrame const frame(action);
     ztOverlays::drawOverlays(&action, viewport.get());
 }

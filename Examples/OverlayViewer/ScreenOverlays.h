@@ -10,6 +10,8 @@
 #include <QPointF>
 #include <QRect>
 
+#include <optional>
+
 namespace ztExamples
 {
 
@@ -23,6 +25,12 @@ class ScreenOverlays
     ScreenOverlays(ScreenOverlays const&) = delete;
     ScreenOverlays& operator=(ScreenOverlays const&) = delete;
     ~ScreenOverlays();
+
+    /// Shows other overlays in the place of those of the file.
+    void load(std::vector<OverlayEntry> const& entries, Placeholders const& values);
+
+    /// Replaces the placeholders in the file's texts anew.
+    void setTexts(Placeholders const& values);
 
     osg::ViewportPtr const& viewport() const { return _viewport; }
 
@@ -49,17 +57,19 @@ class ScreenOverlays
     osg::OverlayPtr visibleAt(QPointF const& point) const;
 
     /// Stamps what is shown onto a picture, see Scene::stamp().
-    void stamp(QImage& pixels) { _scene.stamp(pixels, _viewport); }
+    void stamp(QImage& pixels) { _scene->stamp(pixels, _viewport); }
 
     /// Lays the overlays out for a picture and draws a tile of it.
     void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile);
 
   private:
     void togglePanel(std::string const& text);
+    void setPanel(std::string const& text);
     void toggle(osg::NodePtr const& node);
     void countRenderings();
 
-    Scene _scene;
+    /// The current scene, of which there is one at a time.
+    std::optional<Scene> _scene;
     osg::NodePtr _poolRoot;
     osg::NodePtr _panel;
     osg::OverlayPtr _status;

@@ -23,10 +23,12 @@ float aspectOf(QSize const& size)
 
 } // namespace
 
-QMatrix4x4 modelAt(double seconds)
+QMatrix4x4 modelAt(double seconds, Orbit const& orbit)
 {
     constexpr double degreesPerSecond = 40.0;
     QMatrix4x4 model;
+    model.rotate(float(orbit.degrees.y()), 1.0f, 0.0f, 0.0f);
+    model.rotate(float(orbit.degrees.x()), 0.0f, 1.0f, 0.0f);
     model.rotate(-28.0f, 1.0f, 0.0f, 0.0f);
     model.rotate(float(std::fmod(20.0 + degreesPerSecond * seconds, 360.0)), 0.0f, 1.0f, 0.0f);
     return model;
@@ -39,11 +41,12 @@ float eyeDistance(QSize const& size)
     return margin / visible;
 }
 
-QMatrix4x4 projectionFor(QSize const& size)
+QMatrix4x4 projectionFor(QSize const& size, float zoom)
 {
     constexpr float depth = 1.01f;
     float const distance = eyeDistance(size);
     QMatrix4x4 projection;
+    projection.scale(zoom, zoom, 1.0f);
     projection.perspective(2.0f * halfAngle, aspectOf(size), distance - depth, distance + depth);
     projection.translate(0.0f, 0.0f, -distance);
     return projection;

@@ -13,15 +13,23 @@
 namespace ztExamples
 {
 
+/// How the user has turned and enlarged what is seen.
+struct Orbit
+{
+    /// To the right and down.
+    QPointF degrees;
+    float zoom = 1.0f;
+};
+
 /// Turns the mesh. \param seconds  since the start
-QMatrix4x4 modelAt(double seconds);
+QMatrix4x4 modelAt(double seconds, Orbit const& orbit = {});
 
 /// How far from the origin the eye is, on the z axis, to see what is at most 1 from the origin whole in a
 /// picture of a size.
 float eyeDistance(QSize const& size);
 
-/// What the eye sees from there.
-QMatrix4x4 projectionFor(QSize const& size);
+/// What the eye sees from there. \param zoom  how much larger than the whole
+QMatrix4x4 projectionFor(QSize const& size, float zoom = 1.0f);
 
 /// The middle of a window's pixel as it is counted in layouts: in pixels, y up.
 /// \param pointer  in DPI-independent pixels, y down

@@ -2,17 +2,23 @@
 
 #include "Console.h"
 #include "Frame.h"
+#include "MeshFile.h"
 #include "Picture.h"
 #include "View.h"
 
 #include <QDateTime>
+#include <QDropEvent>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QOpenGLContext>
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
+#include <utility>
 
 namespace ztExamples
 {
@@ -53,7 +59,7 @@ ViewerWindow::ViewerWindow(Mesh mesh, ScreenOverlays& overlays, Options const& o
     : _mesh(std::move(mesh)), _overlays(overlays), _options(options)
 {
     setFormat(findFormat().value_or(neededFormat(false)));
-    setTitle("Overlays");
+    updateTitle();
     resize(options.size);
     _clock.start();
 }
@@ -154,7 +160,7 @@ QString ViewerWindow::counts() const
 
 void ViewerWindow::drawMesh(QSize const& picture, QRect const& tile)
 {
-    _renderer->draw(modelAt(_meshTime), picture, tile);
+    _renderer->draw(modelAt(_meshTime, _orbit), _orbit.zoom, picture, tile);
 }
 
 void ViewerWindow::drawOverlays()
@@ -227,9 +233,58 @@ catch (std::exception const& error)
 
 bool ViewerWindow::event(QEvent* event)
 {
-    if (event->type() == QEvent::Enter)
+    switch (event->type())
+    {
+    case QEvent::Enter:
         _pointer = static_cast<QEnterEvent*>(event)->localPos();
+        break;
+    case QEvent::DragEnter:
+    case QEvent::DragMove:
+        static_cast<QDropEvent*>(event)->acceptProposedAction();
+        return true;
+    case QEvent::Drop:
+        for (QUrl const& url : static_cast<QDropEvent*>(event)->mimeData()->urls())
+            if (url.isLocalFile())
+                open(url.toLocalFile());
+        static_cast<QDropEvent*>(event)->acceptProposedAction();
+        return true;
+    default:
+        break;
+    }
     return QOpenGLWindow::event(event);
+}
+
+void ViewerWindow::open(QString const& path)
+try
+{
+    if (kindOf(path) != FileKind::Overlays)
+        return showMesh(path);
+    std::vector<OverlayEntry> const entries = readOverlays(path);
+    _dragged = osg::NullFC;
+    _overlays.load(entries, {meshName(_options), 1, 1});
+    _options.overlayFile = path;
+    updateTitle();
+}
+catch (std::exception const& error)
+{
+    printError(reasonOf(error));
+}
+
+void ViewerWindow::showMesh(QString const& path)
+{
+    _mesh = readMeshFile(path);
+    _options.meshFile = path;
+    _overlays.setTexts({meshName(_options), 1, 1});
+    updateTitle();
+    makeCurrent();
+    _renderer.reset(); // is made anew
+    doneCurrent();
+}
+
+void ViewerWindow::updateTitle()
+{
+    QString const overlays = QFileInfo(_options.overlayFile).fileName();
+    setTitle(meshName(_options) + (overlays.isEmpty() ? "" : ", " + overlays));
 }
 
 void ViewerWindow::keyPressEvent(QKeyEvent* event)
@@ -267,9 +322,19 @@ void ViewerWindow::mousePressEvent(QMouseEvent* event)
 
 void ViewerWindow::mouseMoveEvent(QMouseEvent* event)
 {
-    _pointer = event->localPos();
+    constexpr double degreesPerPixel = 0.4;
+    QPointF const before = std::exchange(_pointer, event->localPos());
     if (_dragged != osg::NullFC)
         moveTo(_dragged, {float(_dragOrigin.x() + _pointer.x()), float(_dragOrigin.y() - _pointer.y())});
+    else if (event->buttons() & Qt::LeftButton)
+        _orbit.degrees += (_pointer - before) * degreesPerPixel;
+}
+
+void ViewerWindow::wheelEvent(QWheelEvent* event)
+{
+    constexpr float least = 0.2f, most = 20.0f, perTurnOfOneDegree = 1.01f;
+    float const degrees = float(event->angleDelta().y()) / 8.0f;
+    _orbit.zoom = std::clamp(_orbit.zoom * std::pow(perTurnOfOneDegree, degrees), least, most);
 }
 
 void ViewerWindow::mouseReleaseEvent(QMouseEvent* event)

@@ -7,6 +7,7 @@
 #include "Offscreen.h"
 #include "Options.h"
 #include "ScreenOverlays.h"
+#include "View.h"
 
 #include <QElapsedTimer>
 #include <QOpenGLWindow>
@@ -18,7 +19,8 @@
 namespace ztExamples
 {
 
-/// Shows a mesh and overlays until the options' last frame, or the user, ends the application.
+/// Shows a mesh and overlays, also those of files that are dropped onto it, until the options' last frame, or the user,
+/// ends the application.
 class ViewerWindow : public QOpenGLWindow
 {
   public:
@@ -41,8 +43,12 @@ class ViewerWindow : public QOpenGLWindow
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
   private:
+    void open(QString const& path);
+    void showMesh(QString const& path);
+    void updateTitle();
     void requireGraphics();
     void releaseGraphics();
     bool isOver() const;
@@ -82,6 +88,7 @@ class ViewerWindow : public QOpenGLWindow
     /// What is dragged, or null, and where its offset would be with the pointer at the upper left corner.
     osg::OverlayPtr _dragged;
     QPointF _dragOrigin;
+    Orbit _orbit;
 };
 
 } // namespace ztExamples

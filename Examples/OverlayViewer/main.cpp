@@ -3,14 +3,12 @@
 /// scene itself, has a viewport for the overlays and hands them to the OpenGL draw action.
 
 #include "Host.h"
-#include "ObjFile.h"
+#include "MeshFile.h"
 #include "Options.h"
-#include "OverlayFile.h"
 #include "Resources.h"
 #include "ViewerWindow.h"
 #include "ztOverlayCheck.h"
 
-#include <QFileInfo>
 #include <QThread>
 
 #include <algorithm>
@@ -33,10 +31,9 @@ ExitCode show(Options const& options)
 {
     limitThreads(std::max(QThread::idealThreadCount(), 1));
     auto const entries =
-        options.overlayFile.isEmpty() ? std::vector<OverlayEntry>() : readOverlayFile(options.overlayFile);
-    Mesh mesh = options.meshFile.isEmpty() ? createTrefoilKnot() : readObjFile(options.meshFile);
-    QString const name = options.meshFile.isEmpty() ? "built-in shape" : QFileInfo(options.meshFile).fileName();
-    ScreenOverlays overlays(entries, {name, 1, 1});
+        options.overlayFile.isEmpty() ? std::vector<OverlayEntry>() : readOverlays(options.overlayFile);
+    Mesh mesh = options.meshFile.isEmpty() ? createTrefoilKnot() : readMeshFile(options.meshFile);
+    ScreenOverlays overlays(entries, {meshName(options), 1, 1});
     if (options.isCheck)
         return check(overlays, options.size);
     if (!ViewerWindow::findFormat())

@@ -1,5 +1,6 @@
-// OBJ files of any bytes: a mesh that fits the view, or one line that names the place.
+// OBJ, STL and PLY files of any bytes: a mesh that fits the view, or one line that says what is wrong.
 #include "FuzzSupport.h"
+#include "MeshFile.h"
 #include "OSGBase.h"
 #include "ObjFile.h"
 
@@ -9,12 +10,15 @@
 
 using namespace ztFuzz;
 
-extern "C" int LLVMFuzzerTestOneInput(osg::UInt8 const* data, std::size_t size)
+namespace
 {
-    std::istringstream stream(std::string(reinterpret_cast<char const*>(data), size));
+
+template <class Read>
+void check(Read const& read)
+{
     try
     {
-        ztExamples::Mesh const mesh = ztExamples::readObj(stream);
+        ztExamples::Mesh const mesh = read();
         require(!mesh.empty() && mesh.size() % 3 == 0, "the mesh is triangles");
         for (ztExamples::Vertex const& vertex : mesh)
         {
@@ -26,7 +30,20 @@ extern "C" int LLVMFuzzerTestOneInput(osg::UInt8 const* data, std::size_t size)
     catch (std::runtime_error const& error)
     {
         std::string const what = error.what();
-        require(what.rfind("line ", 0) == 0 && what.find('\n') == std::string::npos, "the message is a line's");
+        require(what.find("expected ") != std::string::npos && what.find('\n') == std::string::npos, "one line");
     }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(osg::UInt8 const* data, std::size_t size)
+{
+    QByteArray const bytes(reinterpret_cast<char const*>(data), int(size));
+    check([&] {
+        std::istringstream stream(bytes.toStdString());
+        return ztExamples::readObj(stream, "");
+    });
+    check([&] { return ztExamples::readStl(bytes); });
+    check([&] { return ztExamples::readPly(bytes); });
     return 0;
 }
