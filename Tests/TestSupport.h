@@ -59,7 +59,6 @@ class SceneTest : public testing::Test
 
     static osg::TileCameraDecoratorPtr createTile(int fullWidth, int fullHeight);
 
-  protected:
     void TearDown() override;
 
     /// Counts a container until the end of the test.

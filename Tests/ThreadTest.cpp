@@ -1,9 +1,12 @@
-// What may run beside what. The thread sanitizer sees where it may not.
+// What may run beside what: a test for each row of Docs/threads.md. The thread sanitizer sees what may not.
 #include "OSGDrawAction.h"
 #include "TestSupport.h"
+#include "ztNodeUtils.h"
 
 #include <algorithm>
 #include <atomic>
+#include <fstream>
+#include <set>
 #include <thread>
 
 namespace
@@ -79,7 +82,7 @@ std::vector<osg::UInt8> showOverlays(osg::ImagePtr const& target, osg::ImagePtr 
 
 } // namespace
 
-TEST_F(ThreadTest, ScenesOfTheirOwnAreTheSameOnAllThreads)
+TEST_F(ThreadTest, ScenesOfTheirOwn)
 {
     std::vector<osg::UInt8> const background = makeImage(160, 90, {10, 20, 30, 255})->pixels;
     std::vector<osg::ImagePtr> targets, pictures;
@@ -101,7 +104,7 @@ TEST_F(ThreadTest, ScenesOfTheirOwnAreTheSameOnAllThreads)
     });
 }
 
-TEST_F(ThreadTest, SharedContainersAreCountedByAllThreads)
+TEST_F(ThreadTest, SharedContainers)
 {
     std::vector<osg::NodePtr> const shared = {makeNode(), makeNode()};
     inParallel([&shared](std::size_t i) {
@@ -119,7 +122,7 @@ TEST_F(ThreadTest, SharedContainersAreCountedByAllThreads)
         EXPECT_EQ(node->getRefCount(), 1);
 }
 
-TEST_F(ThreadTest, LastReferenceIsDroppedByAnyThread)
+TEST_F(ThreadTest, AContainersLastReference)
 {
     for (int round = 0; round < 100; ++round)
     {
@@ -133,7 +136,7 @@ TEST_F(ThreadTest, LastReferenceIsDroppedByAnyThread)
     }
 }
 
-TEST_F(ThreadTest, PoolRootIsMadeByOneOfThoseWhoAsk)
+TEST_F(ThreadTest, APoolWithoutARoot)
 {
     for (int round = 0; round < 100; ++round)
     {
@@ -148,4 +151,79 @@ TEST_F(ThreadTest, PoolRootIsMadeByOneOfThoseWhoAsk)
         EXPECT_EQ(scene->children, std::vector{found[0]});
         EXPECT_EQ(std::count(found.begin(), found.end(), found[0]), threadCount);
     }
+}
+
+TEST_F(ThreadTest, OverlaysOfTheirOwnInOneScene)
+{
+    osg::NodePtr const root = makeScene();
+    std::vector<std::pair<osg::NodePtr, osg::ImagePtr>> owns;
+    for (std::size_t i = 0; i <= threadCount; ++i)
+        owns.emplace_back(ztOverlays::createOverlay(root), makeImage(50, 50));
+    auto const work = [&owns](std::size_t i) {
+        auto const& [node, target] = owns[i];
+        for (int step = 1; step < 20; ++step)
+        {
+            overlayOf(node)->text = std::string(std::size_t(step), 'x');
+            osg::markChanged(overlayOf(node), osg::Overlay::TextFieldMask);
+            ztOverlays::updateVisibility(node);
+            ztOverlays::blendOverlaysOntoImage({overlayOf(node)}, target, osg::NullFC);
+        }
+    };
+    work(threadCount); // fonts are read before, by libraries that the sanitizer doesn't see into
+    inParallel(work);
+    for (auto const& [node, target] : owns)
+        EXPECT_EQ(target->pixels, owns.back().second->pixels);
+    EXPECT_NE(owns[0].second->pixels, makeImage(50, 50)->pixels);
+}
+
+TEST_F(ThreadTest, ASceneThatNobodyChanges)
+{
+    osg::NodePtr const node = makeNode(makeText("text"), makeScene());
+    osg::ViewportPtr const viewport = makeViewport(100, 100);
+    ztOverlays::updateAllOverlays(viewport);
+    inParallel([&](std::size_t) {
+        for (int step = 0; step < 100; ++step)
+        {
+            ztOverlays::updateAllOverlays(viewport);
+            std::vector<osg::OverlayPtr> overlays;
+            ztOverlays::getAllVisibleOverlays(overlays);
+            EXPECT_EQ(overlays, std::vector{overlayOf(node)});
+            EXPECT_EQ(ztOverlays::findOverlay("Overlay"), node);
+            EXPECT_FALSE(ztNodeUtils::hasInActiveParent(node));
+        }
+    });
+}
+
+TEST_F(ThreadTest, TheDPIScale)
+{
+    std::vector<osg::OverlayPtr> overlays;
+    for (std::size_t i = 0; i < threadCount; ++i)
+        overlays.push_back(makePicture(makeImage(1, 1), 10));
+    inParallel([&overlays](std::size_t i) {
+        for (int step = 0; step < 1000; ++step)
+        {
+            ztPlatform::setDpiScale(1 + step % 2, 1 + step % 2);
+            ztOverlays::updateOverlayPosition(overlays[i], 100, 100);
+            float const height = overlays[i]->foreground->positions[2].y;
+            EXPECT_TRUE(height == 10 || height == 20) << height;
+        }
+    });
+}
+
+TEST(ThreadTableTest, HasARowForEachTest)
+{
+    std::set<std::string> rows, tests = {"openglcontextsoftheirown"}; // which is tested with OpenGL
+    auto const squeezed = [](std::string text) {
+        text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return !std::isalpha(c); }), text.end());
+        std::transform(text.begin(), text.end(), text.begin(), [](char c) { return char(std::tolower(c)); });
+        return text;
+    };
+    std::ifstream table(ZT_THREAD_TABLE);
+    for (std::string line; std::getline(table, line);)
+        if (line.size() > 7 && line.substr(line.size() - 7) == "| yes |")
+            rows.insert(squeezed(line.substr(2, line.find(" |", 2) - 2)));
+    testing::TestSuite const& suite = *testing::UnitTest::GetInstance()->GetTestSuite(0);
+    for (int i = 0; i < suite.total_test_count(); ++i)
+        tests.insert(squeezed(suite.GetTestInfo(i)->name()));
+    EXPECT_EQ(rows, tests);
 }
