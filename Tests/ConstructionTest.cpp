@@ -25,6 +25,10 @@ TEST_F(ConstructionTest, OverlaysAreCompleteAndMarkedInTheOrderOfBuilding)
     auto const prototype = osg::dynamicCast<osg::Node>(osg::Node::getClassType().getPrototype());
     prototype->nodeFlags = 1;
     prototype->travMask = 0xFFFFFFFE;
+    auto const polygon =
+        osg::dynamicCast<osg::PolygonForeground2>(osg::PolygonForeground2::getClassType().getPrototype());
+    polygon->tile = polygon->normalizedX = polygon->normalizedY = true;
+    polygon->aspectWidth = polygon->aspectHeight = 1;
     for (bool const isDuplicate : {false, true})
     {
         Recorder recorder;
@@ -45,6 +49,8 @@ TEST_F(ConstructionTest, OverlaysAreCompleteAndMarkedInTheOrderOfBuilding)
         EXPECT_EQ((std::pair{node->nodeFlags, node->travMask}),
                   (std::pair{17u, isDuplicate ? 0xFFFFFFFE : 0xFFFFFFFF}));
         EXPECT_EQ(foreground->active, !isDuplicate);
+        EXPECT_FALSE(foreground->tile || foreground->normalizedX || foreground->normalizedY ||
+                     foreground->aspectWidth || foreground->aspectHeight);
         EXPECT_EQ(corners(overlayOf(node)), (std::vector<float>{0, 0, 100, 0, 100, 100, 0, 100}));
         auto const& texCoords = foreground->texCoords; // in units of 100 pixels
         for (std::size_t i = 0; i < 8; ++i)
@@ -59,6 +65,8 @@ TEST_F(ConstructionTest, OverlaysAreCompleteAndMarkedInTheOrderOfBuilding)
     }
     prototype->nodeFlags = 0;
     prototype->travMask = 0xFFFFFFFF;
+    polygon->tile = polygon->normalizedX = polygon->normalizedY = false;
+    polygon->aspectWidth = polygon->aspectHeight = 0;
 }
 
 TEST_F(ConstructionTest, ShaderTextIsSharedUntilItIsWritten)

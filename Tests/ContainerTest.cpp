@@ -11,6 +11,11 @@ namespace
 class HostOverlay : public osg::Overlay
 {
     ZT_CONTAINER(HostOverlay)
+
+  public:
+    void changed(osg::BitVector mask, osg::UInt32 origin) override { told.emplace_back(mask, origin); }
+
+    std::vector<std::pair<osg::BitVector, osg::UInt32>> told;
 };
 
 ZT_CONTAINER_TYPE(HostOverlay, osg::Overlay);
@@ -195,14 +200,22 @@ TEST_F(ContainerTest, TextureKeepsCountsAndParentsOfItsImage)
     EXPECT_EQ(recorder.take({{"A", a}, {"chunk", chunk}}), "!1chunk !2chunk !8A");
     chunk->setImage(a);
     EXPECT_EQ(a->parents, (Users{other, chunk})) << "the entry moves to the end";
+    EXPECT_EQ(a->parents.front().getParentEPos(), osg::TextureChunk::ImageFieldId);
     chunk->setImage(b);
     EXPECT_EQ(a->parents, Users{other});
-    b->parents.push_back(osg::FieldContainerPtr(other)); // as a host's own container does
+    auto const host = hold(osg::create<HostOverlay>());
+    b->parents.push_back(osg::FieldContainerPtr(host));
     b->parents.push_back(osg::FieldContainerPtr(chunk));
+    a->parents.push_back(osg::FieldContainerPtr(other)); // a second time
     chunk->setImage(osg::NullFC);
-    EXPECT_EQ(b->parents, (Users{other, chunk})) << "the first entry goes";
-    EXPECT_TRUE(b->parents.remove(other.get()) && b->parents.remove(chunk.get()));
+    EXPECT_EQ(b->parents, (Users{host, chunk})) << "the first entry goes";
+    EXPECT_TRUE(b->parents.remove(chunk.get()));
+    osg::markChanged(host, osg::Overlay::TextFieldMask);
+    osg::markChanged(b, osg::Image::PixelsFieldMask);
+    EXPECT_EQ(host->told, (std::vector<std::pair<osg::BitVector, osg::UInt32>>{{4, 1}, {osg::AllFieldsMask, 2}}));
+    EXPECT_TRUE(b->parents.remove(host.get()));
     osg::subRef(other);
     EXPECT_EQ(a->parents.size() + b->parents.size(), 0u) << "a destroyed texture leaves";
-    EXPECT_EQ(recorder.take({{"A", a}, {"B", b}, {"other", other}}), "+A -A +B -A -B xother -A");
+    EXPECT_EQ(recorder.take({{"A", a}, {"B", b}, {"other", other}, {"host", host}}),
+              "+A -A +B -A +host -B !4host !8B xother -A");
 }

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <random>
 #include <stdexcept>
+#include <thread>
 
 namespace
 {
@@ -41,7 +42,8 @@ class OpenGLTest : public SceneTest, public testing::WithParamInterface<bool>
     }
 
     /// Binds a framebuffer of a size that holds the pixels of a frame.
-    void startFrom(osg::ImagePtr const& frame)
+    void startFrom(osg::ImagePtr const& frame) { startFrom(frame, target, framebuffer); }
+    static void startFrom(osg::ImagePtr const& frame, GLuint target, GLuint framebuffer)
     {
         glBindTexture(GL_TEXTURE_2D, target);
         glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, frame->width, frame->height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
@@ -665,26 +667,62 @@ TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
     EXPECT_EQ(action.takeFailure(), "the current OpenGL context isn't the action's") << "the first reason";
 }
 
-TEST_P(OpenGLTest, RecoversFromWhatIsNoFrame)
+TEST_P(OpenGLTest, RecoversFromWhatIsNoFrameAndFromLostContexts)
 {
-    osg::OverlayPtr const before = makeSquare(8), within = makeSquare(8, {0, 200, 0, 255});
-    osg::ImagePtr const frame = makeImage(8, 8), expected = stampOver(frame, within);
-    action.endFrame();
-    EXPECT_EQ(difference(drawOver(frame, {within}), expected), 0) << "an end without a beginning";
-
-    action.release();
-    startFrom(frame);
+    osg::OverlayPtr const square = makeSquare(8, {0, 200, 0, 255});
+    osg::ImagePtr const frame = makeImage(8, 8), expected = stampOver(frame, square);
     osg::ViewportPtr const viewport = makeViewport(8, 8);
+    viewport->foregrounds = {square->foreground};
+    action.endFrame();
+    EXPECT_EQ(difference(drawOver(frame, {square}), expected), 0) << "an end without a beginning";
+    for (auto const& [isInFrame, isLost] : {std::pair{true, false}, {true, true}, {false, true}})
     {
-        osg::DrawFrame const cut(action);
-        ztOverlays::updateOverlay(before, 8, 8);
-        before->foreground->draw(&action, viewport.get());
-        SurfacelessContext const other(GetParam());
-        within->foreground->draw(&action, viewport.get());
+        auto other = std::make_unique<SurfacelessContext>(GetParam());
+        action.release();
+        startFrom(frame, make(glGenTextures), make(glGenFramebuffers));
+        {
+            auto const cut = isInFrame ? std::make_unique<osg::DrawFrame>(action) : nullptr;
+            viewport->render(&action);
+            EXPECT_EQ(action.takeFailure(), "");
+            other->leave();
+            if (isLost)
+                other.reset();
+            else
+                context.makeCurrent();
+            viewport->render(&action);
+        }
+        EXPECT_NE(action.takeFailure(), "") << isInFrame << isLost;
+        context.makeCurrent();
+        if (!isInFrame)
+            action.release();
+        EXPECT_EQ(difference(drawOver(frame, {square}), expected), 0) << isInFrame << isLost;
     }
-    context.makeCurrent();
-    EXPECT_NE(action.takeFailure(), "") << "another context since the frame's beginning";
-    EXPECT_EQ(difference(drawOver(frame, {within}), expected), 0);
+}
+
+TEST_P(OpenGLTest, EachThreadDrawsInAContextOfItsOwn)
+{
+    osg::ImagePtr const frame = makeFrame(64, 48, 255), drawn[] = {makeImage(64, 48), makeImage(64, 48)};
+    osg::OverlayPtr const pictures[] = {makePicture(makeNoise(20, 10), 14), makePicture(makeNoise(20, 10), 33)};
+    auto const draw = [&](std::size_t i, osg::ViewportPtr const& viewport) {
+        SurfacelessContext const own(GetParam());
+        osg::OpenGLDrawAction ownAction;
+        GLuint const texture = make(glGenTextures), buffer = make(glGenFramebuffers);
+        ztOverlays::updateOverlay(pictures[i], 64, 48);
+        for (int step = 0; step < 20; ++step)
+        {
+            startFrom(frame, texture, buffer);
+            pictures[i]->foreground->draw(&ownAction, viewport.get());
+            EXPECT_EQ(ownAction.takeFailure(), "");
+        }
+        glReadPixels(0, 0, 64, 48, GL_RGBA, GL_UNSIGNED_BYTE, drawn[i]->pixelBuffer());
+        ownAction.release();
+        own.leave();
+    };
+    std::thread first(draw, 0u, makeViewport(64, 48)), second(draw, 1u, makeViewport(64, 48));
+    first.join();
+    second.join();
+    for (std::size_t i : {0u, 1u})
+        EXPECT_LE(difference(drawn[i], stampOver(frame, pictures[i])), 1);
 }
 
 } // namespace

@@ -1,6 +1,18 @@
 // The pool, the choice between rendering and placing, and visibility.
 #include "TestSupport.h"
 
+namespace
+{
+
+class HostSwitch : public osg::Switch
+{
+    ZT_CONTAINER(HostSwitch)
+};
+
+ZT_CONTAINER_TYPE(HostSwitch, osg::Switch);
+
+} // namespace
+
 using UpdateTest = SceneTest;
 
 TEST_F(UpdateTest, PoolRootIsMadeOnceByOneOperationAndReversedByAnother)
@@ -118,7 +130,7 @@ TEST_F(UpdateTest, ActiveFollowsTheNodeAndWhatIsAbove)
                                                                   {"no such branch", all, all, 7, false},
                                                                   {"no branch", all, all, -2, false}})
     {
-        auto const core = osg::create<osg::Switch>();
+        auto const core = osg::create<HostSwitch>();
         osg::NodePtr const root = makeNode(core);
         makeNode(osg::NullFC, root);
         osg::NodePtr const branch = makeNode(osg::NullFC, root), node = ztOverlays::createOverlay(branch);
