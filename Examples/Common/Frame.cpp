@@ -5,7 +5,9 @@
 
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QtEndian>
 
+#include <limits>
 #include <stdexcept>
 
 namespace ztExamples
@@ -38,6 +40,20 @@ QImage readJpeg(PictureFile const& picture)
     bool const isJpeg = QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly) &&
                         file.size() <= 4 * picture.pixelCount() + metadataSize && file.peek(3) == "\xff\xd8\xff";
     return isJpeg ? decodeJpeg(file.readAll(), picture.size()) : QImage();
+}
+
+/// Whether a file ends before its picture, for the formats whose readers fill up what is missing.
+bool isCut(QString const& path)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return false;
+    QByteArray const start = file.peek(6);
+    if (start.size() == 6 && start.startsWith("BM"))
+        return qFromLittleEndian<quint32>(start.constData() + 2) > file.size();
+    bool const isJpeg = start.startsWith("\xff\xd8\xff") && file.size() <= std::numeric_limits<int>::max();
+    uchar* const bytes = isJpeg ? file.map(0, file.size()) : nullptr;
+    return bytes && isCutJpeg(QByteArray::fromRawData(reinterpret_cast<char const*>(bytes), int(file.size())));
 }
 
 /// Premultiplying rounds, so what the overlays left alone takes its straight values from the original.
@@ -110,6 +126,8 @@ catch (std::runtime_error const& error)
 Frame readFrame(PictureFile const& file)
 try
 {
+    if (isCut(file.path()))
+        throw std::runtime_error("The file is cut off");
     if (QImage pixels = readJpeg(file); !pixels.isNull())
         return {QImage(), pixels};
     QImage picture = file.read();

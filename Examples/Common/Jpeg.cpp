@@ -75,6 +75,13 @@ void copyMetadata(QImage const& source, QImage& target)
 
 } // namespace
 
+bool isCutJpeg(QByteArray const& file)
+{
+    char const end[] = "\xff\xd9";
+    // Before the scan there may be a thumbnail with an end of its own.
+    return !file.endsWith(end) && file.indexOf(end, skip(file, metadataEnd(file), false)) < 0;
+}
+
 QImage decodeJpeg(QByteArray const& file, QSize const& expectedSize)
 {
     auto const* const bytes = reinterpret_cast<uchar const*>(file.constData());

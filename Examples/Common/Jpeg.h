@@ -10,6 +10,9 @@ namespace ztExamples
 
 constexpr int jpegQuality = 95;
 
+/// Whether the mark of the picture's end is missing. What a decoder then fills up is no picture.
+bool isCutJpeg(QByteArray const& file);
+
 /// The pixels of a file in the layout of an osg::Image, see toPixels(), with the metadata that Qt reads.
 /// \return a null image if this is no JPEG file in colour of that size, whole and upright
 QImage decodeJpeg(QByteArray const& file, QSize const& expectedSize);
