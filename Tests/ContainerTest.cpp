@@ -59,6 +59,7 @@ TEST_F(ContainerTest, AttachmentsAreCountedReplacedAndLeftBehindByACopy)
     osg::NodePtr const node = makeNode();
     auto const name = osg::create<osg::Name>();
     osg::UInt32 const group = name->getType().getGroupId();
+    node->addAttachment(osg::NullFC);
     node->addAttachment(name);
     node->addAttachment(name);
     EXPECT_EQ(name->getRefCount(), 1) << "added anew";
@@ -168,8 +169,13 @@ TEST_F(ContainerTest, ImageTakesASizeAndCopiesBytesOrUsesThemInPlace)
 {
     osg::ImagePtr const image = makeImage(-5, -2);
     EXPECT_EQ((std::array{image->width, image->height, int(image->pixels.size())}), (std::array{-5, -2, 0}));
-    EXPECT_FALSE(image->set(6407, 5, 2, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1)) << "another format";
-    EXPECT_EQ(image->width, 0);
+    for (int other = 0; other < 7; ++other) // format, depth, mipmaps, frames, delay, type, sides
+    {
+        EXPECT_FALSE(image->set(other == 0 ? 6407 : 6408, 5, 2, 1 + (other == 1), 1 + (other == 2), 1 + (other == 3),
+                                other == 4, nullptr, other == 5 ? 5126 : 5121, true, 1 + (other == 6)));
+        EXPECT_EQ(image->width, 0) << other;
+    }
+    EXPECT_FALSE(image->set(6408, 5, 0, 1, 1, 1, 0.0, nullptr, 5121, true, 1) || image->isComplete());
     osg::UInt8 bytes[4] = {1, 2, 3, 4};
     for (bool const inPlace : {true, false})
     {

@@ -56,6 +56,8 @@ TEST_F(ImageOperationsTest, BlendIsModulated)
     // (100, 50, 0, 200) over (40, 80, 120, 255)
     for (auto const& [name, color, opacity, additive, expected] : {
              Row{"colour", {0.5f, 2, 1, 1}, 1, 0, {59, 117, 26, 255}},
+             Row{"green", {1, 2, 1, 1}, 1, 0, {109, 117, 26, 255}},
+             {"blue", {1, 1, 0.5f, 1}, 1, 0, {109, 67, 26, 255}},
              {"alpha and opacity", {1, 1, 1, 0.5f}, 0.5f, 0, {57, 77, 96, 255}},
              {"half added", {1, 1, 1, 1}, 1, 0.5f, {124, 99, 73, 255}},
              {"beyond the range and no number", {9, -9, std::nanf(""), 1}, 1, 0, {255, 0, 0, 255}},

@@ -1,4 +1,5 @@
 // The size that overlays are laid out for, and where they come to lie.
+#include "OSGPolygonFit.h"
 #include "TestSupport.h"
 
 #include "OSGCamera.h"
@@ -120,6 +121,39 @@ TEST_F(PlacementTest, NodeFormsTakeTheLayoutSizeButForRendering)
         EXPECT_EQ(corners(overlayOf(node)), (std::vector{x, y, x + 12, y, x + 12, y + 12, x, y + 12}));
     }
     ztOverlays::updateOverlayPosition(osg::OverlayPtr(hold(osg::create<osg::Overlay>())), 10, 10);
+}
+
+TEST_F(PlacementTest, OnlyWholeRectanglesAreFittedToPixels)
+{
+    std::vector<osg::Pnt2f> const rectangle = {{1.5f, 2}, {9.75f, 2}, {9.75f, 8.5f}, {1.5f, 8.5f}};
+    std::vector<osg::Vec3f> const whole = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
+    osg::LayoutArea const area = {0, 0, 20, 10};
+    auto const fitted = [](auto const& positions, auto const& texCoords, osg::LayoutArea const& layout) {
+        osg::PixelFit const fit = osg::fitToPixels({positions, texCoords, osg::NullFC}, layout, 20, 10);
+        return std::pair{fit.width, fit.height};
+    };
+    std::pair const none{0, 0};
+    EXPECT_EQ(fitted(rectangle, whole, area), (std::pair{8, 6}));
+    EXPECT_EQ(fitted(rectangle, whole, {0, 0, 21, 10}), none);
+    EXPECT_EQ(fitted(rectangle, whole, {0, 0, 20, 11}), none);
+    for (std::size_t i = 0; i < 4; ++i)
+    {
+        auto corners = rectangle, tall = rectangle;
+        auto left = whole, low = whole;
+        corners[i].x += 1;
+        tall[i].y += 1;
+        left[i].x = low[i].y = 0.5f;
+        EXPECT_EQ(fitted(corners, whole, area), none) << i;
+        EXPECT_EQ(fitted(tall, whole, area), none) << i;
+        EXPECT_EQ(fitted(rectangle, left, area), none) << i;
+        EXPECT_EQ(fitted(rectangle, low, area), none) << i;
+    }
+    std::vector<osg::Pnt2f> const thin = {{1, 2}, {1.5f, 2}, {1.5f, 8}, {1, 8}},
+                                  flat = {{1, 2}, {9, 2}, {9, 2}, {1, 2}};
+    EXPECT_EQ(fitted(thin, whole, area), none);
+    EXPECT_EQ(fitted(flat, whole, area), none);
+    EXPECT_EQ(fitted(std::vector(rectangle.begin(), rectangle.end() - 1), whole, area), none);
+    EXPECT_EQ(fitted(rectangle, std::vector(whole.begin(), whole.end() - 1), area), none);
 }
 
 TEST_F(PlacementTest, DpiScaleRefusesWhatIsNoScale)

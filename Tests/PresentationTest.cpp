@@ -30,6 +30,7 @@ TEST_F(PresentationTest, FindsTheNameOfNodeElseCoreElseTypeInTheOrderOfTheWalk)
         EXPECT_STREQ(osg::NodeUtils::getName(node), expected);
         nodes.push_back(node);
     }
+    EXPECT_EQ(osg::NodeUtils::getName(osg::NullFC), none);
     using Nodes = std::vector<osg::NodePtr>;
     for (auto const& [name, expected] : {std::pair{"label", Nodes{nodes[0], nodes[3]}},
                                          {"Label", {}},
