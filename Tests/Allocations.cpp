@@ -17,7 +17,7 @@ thread_local std::size_t leftUntilRefusal = 0;
 bool isQt(void* caller)
 {
     Dl_info object{};
-    return dladdr(caller, &object) != 0 && std::strstr(object.dli_fname, "libQt5");
+    return dladdr(caller, &object) != 0 && std::strstr(object.dli_fname, "libQt");
 }
 
 bool isRefused(void* caller)

@@ -352,7 +352,7 @@ class Window : public Viewer
 
     void mouse(QEvent::Type type, QPointF const& position, Qt::MouseButton button = Qt::NoButton)
     {
-        QMouseEvent event(type, position, button, button, Qt::NoModifier);
+        QMouseEvent event(type, position, position, button, button, Qt::NoModifier);
         QCoreApplication::sendEvent(&_window, &event);
     }
 

@@ -95,7 +95,7 @@ QImage decodeJpeg(QByteArray const& file, QSize const& expectedSize)
     if (metadata.isNull())
         return QImage();
     QImage pixels = allocated(QImage(width, height, QImage::Format_RGBA8888_Premultiplied));
-    if (tjDecompress2(codec.get(), bytes, size, pixels.bits(), width, pixels.bytesPerLine(), height, TJPF_RGBA,
+    if (tjDecompress2(codec.get(), bytes, size, pixels.bits(), width, int(pixels.bytesPerLine()), height, TJPF_RGBA,
                       TJFLAG_BOTTOMUP) != 0)
         return QImage();
     copyMetadata(metadata, pixels);
@@ -108,7 +108,7 @@ QByteArray encodeJpeg(QImage const& picture)
     uchar* bytes = nullptr;
     unsigned long size = 0;
     int const status =
-        tjCompress2(codec.get(), picture.constBits(), picture.width(), picture.bytesPerLine(), picture.height(),
+        tjCompress2(codec.get(), picture.constBits(), picture.width(), int(picture.bytesPerLine()), picture.height(),
                     TJPF_RGBX, &bytes, &size, TJSAMP_420, jpegQuality, TJFLAG_BOTTOMUP | TJFLAG_ACCURATEDCT);
     std::unique_ptr<uchar, decltype(&tjFree)> const owner(bytes, tjFree);
     if (status != 0)

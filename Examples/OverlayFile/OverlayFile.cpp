@@ -298,8 +298,8 @@ std::vector<OverlayEntry> toEntries(QJsonObject const& top, Source source)
 QString placeOf(int offset, QByteArray const& bytes)
 {
     QByteArray const before = bytes.left(offset);
-    int const lineStart = before.lastIndexOf('\n') + 1;
-    int const column = QString::fromUtf8(before.mid(lineStart)).size() + 1;
+    int const lineStart = int(before.lastIndexOf('\n')) + 1;
+    int const column = int(QString::fromUtf8(before.mid(lineStart)).size()) + 1;
     return QString("line %1, column %2").arg(before.count('\n') + 1).arg(column);
 }
 

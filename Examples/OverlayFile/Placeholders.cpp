@@ -29,14 +29,14 @@ std::optional<QString> expand(QString const& text, Placeholders const& values)
         {
             result += c;
         }
-        else if (text.midRef(i + 1, 1) == c)
+        else if (i + 1 < text.size() && text[i + 1] == c)
         {
             result += c;
             ++i;
         }
         else
         {
-            int const end = text.indexOf('}', i);
+            int const end = int(text.indexOf('}', i));
             std::optional<QString> const value = valueOf(text.mid(i, end - i + 1), values);
             if (!value)
                 return std::nullopt;

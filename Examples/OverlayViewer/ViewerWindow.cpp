@@ -38,6 +38,17 @@ QSurfaceFormat neededFormat(bool isES)
     return format;
 }
 
+/// In DPI-independent pixels of the window.
+template <class PointerEvent>
+QPointF positionOf(PointerEvent const* event)
+{
+#if QT_VERSION_MAJOR >= 6
+    return event->position();
+#else
+    return event->localPos();
+#endif
+}
+
 bool canHave(QSurfaceFormat const& format)
 {
     QOpenGLContext context;
@@ -186,7 +197,7 @@ void ViewerWindow::finishFrame()
         readPixels(pixels, pixels.rect());
         writeFrame({QImage(), pixels}, _options.screenshot);
     }
-    QCoreApplication::quit();
+    QCoreApplication::exit(); // quit() closes the window at once in Qt 6, with this frame still to be shown
 }
 
 void ViewerWindow::saveStamped()
@@ -236,7 +247,7 @@ bool ViewerWindow::event(QEvent* event)
     switch (event->type())
     {
     case QEvent::Enter:
-        _pointer = static_cast<QEnterEvent*>(event)->localPos();
+        _pointer = positionOf(static_cast<QEnterEvent*>(event));
         break;
     case QEvent::DragEnter:
     case QEvent::DragMove:
@@ -314,7 +325,7 @@ void ViewerWindow::keyPressEvent(QKeyEvent* event)
 
 void ViewerWindow::mousePressEvent(QMouseEvent* event)
 {
-    _pointer = event->localPos();
+    _pointer = positionOf(event);
     _dragged = event->button() == Qt::LeftButton ? _overlays.visibleAt(pointerInLayout()) : _dragged;
     if (_dragged != osg::NullFC)
         _dragOrigin = {double(_dragged->offset.x) - _pointer.x(), double(_dragged->offset.y) + _pointer.y()};
@@ -323,7 +334,7 @@ void ViewerWindow::mousePressEvent(QMouseEvent* event)
 void ViewerWindow::mouseMoveEvent(QMouseEvent* event)
 {
     constexpr double degreesPerPixel = 0.4;
-    QPointF const before = std::exchange(_pointer, event->localPos());
+    QPointF const before = std::exchange(_pointer, positionOf(event));
     if (_dragged != osg::NullFC)
         moveTo(_dragged, {float(_dragOrigin.x() + _pointer.x()), float(_dragOrigin.y() - _pointer.y())});
     else if (event->buttons() & Qt::LeftButton)

@@ -134,7 +134,7 @@ bool renderText(osg::Overlay const& overlay, int viewportHeight, osg::ImagePtr c
     int pointSize = truncate(overlay.size);
     if (overlay.sizeMode != osg::Overlay::SizeAbsolute)
     {
-        int const lineCount = text.count(QChar(u'\n'), Qt::CaseSensitive) + 1;
+        auto const lineCount = text.count(QChar(u'\n'), Qt::CaseSensitive) + 1;
         pictureHeight = relativePixelHeight(viewportHeight, overlay.size);
         pointSize = truncate(double(pictureHeight) / ztPlatform::getDpiScaleY() / double(lineCount));
     }
