@@ -5,12 +5,18 @@
 #include <QGuiApplication>
 #include <QImage>
 
+#include <iostream>
+
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen"); // text takes fonts, not a display
     QGuiApplication const application(argc, argv);
-    if (QGuiApplication::arguments().size() != 3)
+    QImage const input = argc == 3 ? QImage(argv[1]) : QImage();
+    if (input.isNull())
+    {
+        std::cerr << "usage: 01_Label INPUT OUTPUT, the names of two pictures\n";
         return 2;
+    }
 
     // A label. What hangs in no scene is its maker's: a RefPtr holds it as long as its scope lasts.
     osg::RefPtr<osg::Node> const node(ztOverlays::createOverlay(osg::NullFC));
@@ -23,7 +29,7 @@ int main(int argc, char** argv)
     osg::markChanged(label, osg::AllFieldsMask);
 
     // The picture's pixels as the library has them: premultiplied, bottom row first. The image works on them in place.
-    QImage pixels = QImage(argv[1]).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
+    QImage pixels = input.convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
     osg::RefPtr<osg::Image> const image(osg::create<osg::Image>());
     image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.bits(),
                osg::Image::TypeUInt8, false, 1);

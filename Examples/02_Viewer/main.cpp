@@ -13,6 +13,7 @@
 
 #include <GLFW/glfw3.h>
 
+#include <iostream>
 #include <utility>
 
 namespace
@@ -65,13 +66,12 @@ void createLogo(osg::NodePtr const& pool, char const* path)
 }
 
 // A viewport's list holds no references: what goes leaves the list first.
-void remove(osg::NodePtr const& node, osg::ViewportPtr& viewport)
+void remove(osg::NodePtr const& node, osg::Viewport& viewport)
 {
     osg::NodePtr const parent = node->parent;
-    ztOverlays::removeOverlays(viewport);
+    viewport.subForeground(osg::dynamicCast<osg::Overlay>(node->core)->foreground);
     parent->subChild(node); // its last reference: the label is gone
     osg::markChanged(parent, osg::Node::ChildrenFieldMask);
-    ztOverlays::addOverlays(viewport);
 }
 
 void save(osg::Viewport& viewport, char const* path)
@@ -93,7 +93,10 @@ int main(int argc, char** argv)
     glfwWindowHint(GLFW_OPENGL_PROFILE, GLFW_OPENGL_CORE_PROFILE);
     GLFWwindow* const window = glfwCreateWindow(640, 360, "Overlays", nullptr, nullptr);
     if (!window || argc < 2)
+    {
+        std::cerr << "02_Viewer needs the name of a picture and a display with OpenGL 3.3\n";
         return 2;
+    }
     glfwMakeContextCurrent(window);
 
     ztOpenSGUtils::setRoot(osg::create<osg::Node>()); // holds the scene
@@ -119,7 +122,7 @@ int main(int argc, char** argv)
         glfwSwapBuffers(window);
         glfwPollEvents();
         if (label != osg::NullFC && (argc == 4 || glfwGetKey(window, GLFW_KEY_R) == GLFW_PRESS))
-            remove(std::exchange(label, osg::NullFC), viewport);
+            remove(std::exchange(label, osg::NullFC), *viewport);
     }
     action.release(); // while its context is there
     ztOpenSGUtils::setRoot(osg::NullFC);

@@ -6,12 +6,18 @@
 
 #include <QGuiApplication>
 
+#include <iostream>
+
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen"); // text takes fonts, not a display
     QGuiApplication const application(argc, argv);
-    if (argc != 4)
+    QImage frame = QImage(argc == 4 ? argv[1] : "").convertToFormat(QImage::Format_RGBA8888_Premultiplied);
+    if (frame.isNull())
+    {
+        std::cerr << "usage: 03_OwnRenderer INPUT LOGO OUTPUT, the names of three pictures\n";
         return 2;
+    }
     osg::NodePtr const scene = osg::create<osg::Node>();
     scene->setCore(osg::create<osg::MaterialPool>());
     ztOpenSGUtils::setRoot(scene); // holds it
@@ -33,7 +39,6 @@ int main(int argc, char** argv)
     logo->anchor = {1.0f, 1.0f};
     osg::markChanged(logo, osg::AllFieldsMask);
 
-    QImage frame = QImage(argv[1]).convertToFormat(QImage::Format_RGBA8888_Premultiplied);
     osg::RefPtr<osg::Viewport> const viewport(osg::create<osg::Viewport>());
     viewport->pixelWidth = frame.width();
     viewport->pixelHeight = frame.height();
