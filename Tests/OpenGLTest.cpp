@@ -575,29 +575,6 @@ TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
     EXPECT_NEAR(pixelAt(drawOver(makeImage(8, 8), {square}), 1, 1)[0], 32, 1) << "sources of the same length";
 }
 
-TEST_P(OpenGLTest, OnlyWholeRectanglesLieOnWholePixels)
-{
-    osg::OverlayPtr const overlay = makeSquare(8);
-    osg::ViewportPtr const viewport = makeViewport(16, 16);
-    osg::ImagePtr const frame = makeImage(16, 16);
-    ztOverlays::updateOverlay(overlay, 16, 16);
-    viewport->foregrounds = {overlay->foreground};
-    // Of a black left and a white right half the left one, enlarged.
-    for (std::size_t i = 0; i < 8 * 8 * 4; ++i)
-        overlay->image->pixels[i] = i / 4 % 8 < 4 && i % 4 < 3 ? 0 : 255;
-    overlay->foreground->texCoords[1].x = overlay->foreground->texCoords[2].x = 0.5f;
-    EXPECT_NEAR(pixelAt(render(viewport, frame), 7, 0)[0], 64, 20) << "a linear mixture";
-    // The whole picture, its sides and its diagonal exchanged: black is the lower half.
-    auto& texCoords = static_cast<std::vector<osg::Vec3f>&>(overlay->foreground->texCoords);
-    texCoords = {{0, 0, 0}, {0, 1, 0}, {1, 1, 0}, {1, 0, 0}};
-    EXPECT_EQ(pixelAt(render(viewport, frame), 7, 1)[0], 0);
-    // A triangle whose third corner is close to its first.
-    std::fill(overlay->image->pixels.begin(), overlay->image->pixels.end(), 255);
-    osg::markChanged(overlay->image, osg::Image::PixelsFieldMask);
-    static_cast<std::vector<osg::Pnt2f>&>(overlay->foreground->positions) = {{0, 0}, {16, 0}, {1.9f, 16}};
-    EXPECT_EQ(pixelAt(render(viewport, frame), 12, 2)[0], 255);
-}
-
 TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
 {
     GLint most;

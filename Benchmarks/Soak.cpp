@@ -1,4 +1,4 @@
-// Long runs, for which Scripts/soak says how long: nothing grows after the first tenth, and nothing is left.
+// Long runs, for which Scripts/soak says how long: memory doesn't grow after the first tenth, and nothing is left.
 #include "OSGOpenGLDrawAction.h"
 #include "SurfacelessContext.h"
 #include "TestSupport.h"
@@ -34,7 +34,7 @@ int countGLObjects()
 }
 
 /// The parameter: whether what the viewport shows is drawn, too.
-class LongRunTest : public SceneTest, public testing::WithParamInterface<bool>
+class Soak : public SceneTest, public testing::WithParamInterface<bool>
 {
   protected:
     void SetUp() override
@@ -122,9 +122,9 @@ class LongRunTest : public SceneTest, public testing::WithParamInterface<bool>
     std::mt19937 random{1};
 };
 
-INSTANTIATE_TEST_SUITE_P(Drawn, LongRunTest, testing::Bool());
+INSTANTIATE_TEST_SUITE_P(Drawn, Soak, testing::Bool());
 
-TEST_P(LongRunTest, MixedOperations)
+TEST_P(Soak, MixedOperations)
 {
     using namespace ztOverlays;
     std::vector<osg::OverlayPtr> visible;
@@ -141,7 +141,7 @@ TEST_P(LongRunTest, MixedOperations)
     repeat("ZT_OPERATIONS", [&] { operations[any(std::size(operations))](); });
 }
 
-TEST_P(LongRunTest, TextChanges)
+TEST_P(Soak, TextChanges)
 {
     repeat("ZT_TEXTS", [this] {
         osg::OverlayPtr const overlay = overlayOf(root->children[0]);
