@@ -48,7 +48,7 @@ class Bytes
 
     std::string text(unsigned maxLength)
     {
-        std::size_t const size = std::min(std::size_t(below(maxLength + 1)), std::size_t(_end - _data));
+        std::size_t const wanted = below(maxLength + 1), size = std::min(wanted, std::size_t(_end - _data));
         return {reinterpret_cast<char const*>(std::exchange(_data, _data + size)), size};
     }
 

@@ -16,9 +16,10 @@ bool ChunkMaterial::addChunk(StateChunkPtr const& chunk, Int32 slot)
 {
     if (chunk == NullFC || slot != AutoSlot)
         return false;
-    makeRoom(chunks); // what follows can't fail
-    addRef(chunk);
-    chunks.push_back(chunk);
+    StateChunkPtr const added = chunk; // it may be an entry
+    makeRoom(chunks);                  // what follows can't fail
+    addRef(added);
+    chunks.push_back(added);
     return true;
 }
 
