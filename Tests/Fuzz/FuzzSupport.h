@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <utility>
 
 namespace ztFuzz
@@ -32,7 +31,7 @@ class Bytes
     {
         T value{};
         std::size_t const size = std::min(sizeof(T), std::size_t(_end - _data));
-        std::memcpy(&value, _data, size);
+        std::copy_n(_data, size, reinterpret_cast<osg::UInt8*>(&value));
         _data += size;
         return value;
     }
