@@ -5,7 +5,6 @@
 #include "OSGOverlay.h"
 
 #include <cstddef>
-#include <memory_resource>
 #include <utility>
 #include <vector>
 
@@ -17,25 +16,25 @@ inline bool isShown(osg::Node const& node)
     return node.travMask == 0xFFFFFFFF;
 }
 
-/// Calls the callback with each visible overlay at and below a top node, which may be null, in the order and under the
-/// terms of traverseVisibleOverlays().
+/// Calls the callback if a node, which is shown, is an overlay.
 template <class Callback>
-void visitVisible(osg::Node const* top, Callback const& callback)
+void visitOne(osg::Node const& node, Callback const& callback)
+{
+    if (osg::OverlayPtr overlay = osg::dynamicCast<osg::Overlay>(node.core); overlay != osg::NullFC)
+        callback(overlay);
+}
+
+/// visitVisible() for a tree that may be too deep for recursion.
+template <class Callback>
+void visitVisibleDeep(osg::Node const* top, Callback const& callback)
 {
     // Each node whose children are being visited, with the number of those that are left.
-    using Levels = std::pmr::vector<std::pair<osg::Node const*, std::size_t>>;
-    constexpr std::size_t room = 64;
-    alignas(Levels::value_type) std::byte memory[room * sizeof(Levels::value_type)];
-    std::pmr::monotonic_buffer_resource resource(memory, sizeof(memory));
-    Levels levels(&resource);
-    levels.reserve(room);
+    std::vector<std::pair<osg::Node const*, std::size_t>> levels;
     auto const visit = [&](osg::Node const* node) {
         if (!node || !isShown(*node))
             return;
-        if (osg::OverlayPtr overlay = osg::dynamicCast<osg::Overlay>(node->core); overlay != osg::NullFC)
-            callback(overlay);
-        if (!node->children.empty())
-            levels.emplace_back(node, node->children.size());
+        visitOne(*node, callback);
+        levels.emplace_back(node, node->children.size());
     };
     visit(top);
     while (!levels.empty())
@@ -46,6 +45,22 @@ void visitVisible(osg::Node const* top, Callback const& callback)
         else if (--left < node->children.size()) // the callback may have taken children away
             visit(node->children[left].get());
     }
+}
+
+/// Calls the callback with each visible overlay at and below a top node, which may be null, in the order and under the
+/// terms of traverseVisibleOverlays().
+/// \param recursion  levels that are visited by recursion, which is the faster way where overlays are many
+template <class Callback>
+void visitVisible(osg::Node const* top, Callback const& callback, int recursion = 64)
+{
+    if (recursion == 0)
+        return visitVisibleDeep(top, callback);
+    if (!top || !isShown(*top))
+        return;
+    visitOne(*top, callback);
+    for (std::size_t i = top->children.size(); i-- > 0;)
+        if (i < top->children.size()) // the callback may have taken children away
+            visitVisible(top->children[i].get(), callback, recursion - 1);
 }
 
 } // namespace ztOverlays
