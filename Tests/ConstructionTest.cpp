@@ -85,7 +85,6 @@ TEST_F(ConstructionTest, ShaderTextIsSharedUntilItIsWritten)
     EXPECT_FALSE(chunk->fragmentProgram == other->fragmentProgram);
     chunk->fragmentProgram = std::string(other->fragmentProgram);
     EXPECT_TRUE(chunk->fragmentProgram == other->fragmentProgram);
-    EXPECT_EQ(hold(osg::create<osg::ShaderChunk>())->fragmentProgram, std::string());
 }
 
 TEST_F(ConstructionTest, DuplicateSharesAPictureButNoRendering)

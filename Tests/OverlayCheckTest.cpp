@@ -63,10 +63,7 @@ Row const rows[] = {
      [](OverlayCheckTest& t) { t._otherQt = dlopen(ZT_OTHER_QT, RTLD_NOW); },
      {{Kind::SeveralQts, "", "two major versions"}}},
     {"a mistyped family",
-     [](OverlayCheckTest& t) {
-         t._text->font = "DejaVv Sanz";
-         t.update(t._text);
-     },
+     [](OverlayCheckTest& t) { t._text->font = "DejaVv Sanz", t.update(t._text); },
      {{Kind::MissingFont, "title", "nearest name is \"DejaVu Sans\""}}},
     {"straight alpha",
      [](OverlayCheckTest& t) { t._picture->image->pixels[4 * 6] = 52; },
@@ -77,45 +74,30 @@ Row const rows[] = {
      [](OverlayCheckTest&) { ztPlatform::setDpiScale(3, 3); },
      {{Kind::UnmarkedChange, "title", "DPI"}}},
     {"points for a fraction",
-     [](OverlayCheckTest& t) {
-         t._picture->sizeMode = O::SizeRelative;
-         t.update(t._picture);
-     },
+     [](OverlayCheckTest& t) { t._picture->sizeMode = O::SizeRelative, t.update(t._picture); },
      {{Kind::RelativeSize, "logo", "12 times"}}},
     {"bytes for a colour",
-     [](OverlayCheckTest& t) {
-         t._text->backgroundColor.g = 255;
-         t.update(t._text);
-     },
+     [](OverlayCheckTest& t) { t._text->backgroundColor.g = 255, t.update(t._text); },
      {{Kind::ColorRange, "title", "is 255"}}},
     {"added twice",
      [](OverlayCheckTest& t) { ztOverlays::addOverlays(t._viewport); },
      {{Kind::AttachedTwice, "title", "2 times"}, {Kind::AttachedTwice, "logo", "2 times"}}},
     {"hidden by its pool",
-     [](OverlayCheckTest& t) {
-         t._textNode->parent->travMask = 1;
-         t._viewport->foregrounds.pop_back();
-     },
+     [](OverlayCheckTest& t) { t._textNode->parent->travMask = 1, t._viewport->foregrounds.pop_back(); },
      {{Kind::HiddenButAttached, "logo", "removeOverlays"}}},
     {"not updated",
      [](OverlayCheckTest& t) { osg::markChanged(t._picture, O::SizeFieldMask); },
      {{Kind::StillDirty, "logo", "hasn't been updated"}}},
     {"an empty text",
-     [](OverlayCheckTest& t) {
-         t._text->text = "";
-         t.update(t._text);
-     },
+     [](OverlayCheckTest& t) { t._text->text = "", t.update(t._text); },
      {{Kind::StillDirty, "title", "no text"}}},
     {"too small a text",
-     [](OverlayCheckTest& t) {
-         t._text->size = 0.004f;
-         t.update(t._text);
-     },
+     [](OverlayCheckTest& t) { t._text->size = 0.004f, t.update(t._text); },
      {{Kind::StillDirty, "title", "smaller than a point"}}},
     {"no chunks",
      [](OverlayCheckTest& t) {
-         osg::setRefdCP<osg::Material>(t._text->foreground->material, osg::create<osg::ChunkMaterial>());
-         t.update(t._text);
+         osg::setRefdCP<osg::Material>(t._text->foreground->material, osg::create<osg::ChunkMaterial>()),
+             t.update(t._text);
      },
      {{Kind::StillDirty, "title", "no chunk"}}},
 };

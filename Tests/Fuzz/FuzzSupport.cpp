@@ -4,10 +4,8 @@
 
 #include <QGuiApplication>
 
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
 
 /// Called by libFuzzer before the first input.
 extern "C" int LLVMFuzzerInitialize(int* argumentCount, char*** arguments)
@@ -32,12 +30,6 @@ void require(bool condition, char const* what)
 void requireNoContainers()
 {
     require(osg::FieldContainerFactory::getNumContainers() == 0, "all containers are gone");
-}
-
-int truncated(double value)
-{
-    constexpr double lowest = std::numeric_limits<int>::min(), highest = std::numeric_limits<int>::max();
-    return std::isnan(value) ? 0 : int(std::clamp(value, lowest, highest));
 }
 
 } // namespace ztFuzz

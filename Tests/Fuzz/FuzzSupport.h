@@ -23,8 +23,6 @@ class Bytes
   public:
     Bytes(osg::UInt8 const* data, std::size_t size) : _data(data), _end(data + size) {}
 
-    bool isEmpty() const { return _data == _end; }
-
     /// A value of any bit pattern.
     template <class T>
     T bits()
@@ -55,8 +53,5 @@ class Bytes
     osg::UInt8 const* _data;
     osg::UInt8 const* _end;
 };
-
-/// Towards zero, to the nearest int from beyond its range, 0 for NaN.
-int truncated(double value);
 
 } // namespace ztFuzz

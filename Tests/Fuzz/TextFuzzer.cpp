@@ -1,6 +1,7 @@
 // Text and font of any bytes, colours and sizes of any bits: a picture of the right size, or a blank one.
 #include "FuzzSupport.h"
 
+#include "ztNumeric.h"
 #include "ztOverlayUtils.h"
 #include "ztPlatform.h"
 
@@ -27,9 +28,9 @@ void check(osg::OverlayPtr const& overlay, int height)
 {
     QString const text = QString::fromUtf8(overlay->text.c_str());
     bool const isRelative = overlay->sizeMode != 0;
-    int const pictureHeight = truncated(float(height) * overlay->size), lines = text.count('\n') + 1;
-    int const points =
-        isRelative ? truncated(pictureHeight / ztPlatform::getDpiScaleY() / lines) : truncated(overlay->size);
+    int const pictureHeight = ztNumeric::truncate(float(height) * overlay->size), lines = text.count('\n') + 1;
+    int const points = isRelative ? ztNumeric::truncate(pictureHeight / ztPlatform::getDpiScaleY() / lines)
+                                  : ztNumeric::truncate(overlay->size);
     if (points > 40 || (isRelative && pictureHeight > 400)) // more than there is time for
         return;
     bool const isBlank = points <= 0 || text.isEmpty();
