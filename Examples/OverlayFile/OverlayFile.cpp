@@ -312,7 +312,7 @@ QString unescaped(QString const& string)
 void requireSingleKeys(QByteArray const& bytes)
 {
     static QRegularExpression const part(R"((?s)[{}]|("(?:[^"\\]++|\\.)*+")\s*+(:)?)");
-    QString const json = QString::fromUtf8(bytes);
+    QString const json = QString::fromUtf8(bytes.constData(), bytes.size()); // with the zeros that a name may hold
     std::vector<QSet<QString>> objects(1);
     for (auto parts = part.globalMatch(json); parts.hasNext();)
     {
