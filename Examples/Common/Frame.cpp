@@ -56,6 +56,14 @@ bool isCut(QString const& path)
     return bytes && isCutJpeg(QByteArray::fromRawData(reinterpret_cast<char const*>(bytes), int(file.size())));
 }
 
+FrameInfo infoOf(QImage const& picture)
+{
+    FrameInfo info{picture.size(), {}};
+    for (QString const& name : picture.textKeys())
+        info.metadata[name] = picture.text(name);
+    return info;
+}
+
 /// Premultiplying rounds, so what the overlays left alone takes its straight values from the original.
 void restoreUntouched(QImage& picture, QImage const& stamped, QImage const& original)
 {
@@ -129,12 +137,13 @@ try
     if (isCut(file.path()))
         throw std::runtime_error("The file is cut off");
     if (QImage pixels = readJpeg(file); !pixels.isNull())
-        return {QImage(), pixels};
+        return {QImage(), pixels, infoOf(pixels)};
     QImage picture = file.read();
+    FrameInfo const info = infoOf(picture);
     if (!picture.hasAlphaChannel())
-        return {QImage(), toPixels(std::move(picture))};
+        return {QImage(), toPixels(std::move(picture)), info};
     QImage const original = allocated(std::move(picture).convertToFormat(QImage::Format_RGBA8888));
-    return {original, toPixels(original)};
+    return {original, toPixels(original), info};
 }
 catch (std::runtime_error const& error)
 {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Encoders.h"
+#include "FrameInfo.h"
 #include "Picture.h"
 
 #include <QString>
@@ -16,6 +17,7 @@ struct Frame
     QImage original;
     /// What is stamped, see toPixels().
     QImage pixels;
+    FrameInfo info = {};
 };
 
 /// Opens an image, which has so many pixels at most.

@@ -2,6 +2,8 @@
 /// What stands in braces in an overlay's text.
 #pragma once
 
+#include "FrameInfo.h"
+
 #include <QString>
 
 #include <optional>
@@ -18,6 +20,8 @@ struct Placeholders
     std::size_t index = 1;
     /// `{count}`: how many frames there are.
     std::size_t count = 1;
+    /// Of the frame's file.
+    FrameInfo info = {};
 };
 
 /// The text with its placeholders replaced, and `{{` and `}}` by single braces. Nothing if it has a lone

@@ -105,7 +105,7 @@ class Sequence
         try
         {
             Frame frame = takeFirst(_read).get();
-            _scene.setTexts({QFileInfo(_frames[i].input).fileName(), i + 1, _frames.size()});
+            _scene.setTexts({QFileInfo(_frames[i].input).fileName(), i + 1, _frames.size(), frame.info});
             _scene.stamp(frame.pixels, osg::NullFC);
             return run(_pool,
                        [frame = std::move(frame), path = _frames[i].output, compression = _pngCompression]() mutable {
