@@ -90,7 +90,9 @@ TEST_F(CompositingTest, RestoresTheViewportsLayout)
     Recorder::Names const names{{"R", shownImage(relative)}, {"A", shownImage(absolute)}, {"F", frame}};
     Recorder recorder;
     blendOverlaysOntoImage({relative, absolute}, frame, viewport);
-    EXPECT_EQ(recorder.take(names), "!R !1000 !8 !8 +R !8F -R +A !8F -A !R !1000 !8 !8") << "a text is rendered twice";
+    EXPECT_EQ(recorder.take(names), "!R !.dirty !.positions !.positions +R !F.pixels -R +A !F.pixels -A !R !.dirty "
+                                    "!.positions !.positions")
+        << "a text is rendered twice";
     for (osg::OverlayPtr const& overlay : {relative, absolute})
         ztOverlays::updateOverlay(overlay, 200, 100);
     EXPECT_EQ(recorder.take(), "") << "the plain size of the viewport";
@@ -133,6 +135,6 @@ TEST_F(CompositingTest, TargetStaysWhileAnOverlayLetsGoOfIt)
     overlay->dirty = false;
     Recorder recorder;
     blendOverlaysOntoImage({overlay}, target, osg::NullFC);
-    EXPECT_EQ(recorder.take({{"T", target}, {"P", picture}}), "+T +P -T !1 !8 +P !8T -P xT");
+    EXPECT_EQ(recorder.take({{"T", target}, {"P", picture}}), "+T +P -T !.image !.positions +P !T.? -P xT");
     EXPECT_EQ(shownImage(overlay), picture);
 }

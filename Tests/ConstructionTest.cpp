@@ -44,8 +44,9 @@ TEST_F(ConstructionTest, OverlaysAreCompleteAndMarkedInTheOrderOfBuilding)
         for (auto const& [name, part] : names)
             EXPECT_EQ(part->getRefCount(), 1) << name;
         names.emplace_back("P", parent);
-        EXPECT_EQ(recorder.take(names), isDuplicate ? "+O !N + +N !4P !I +I !T !B !S +T +B +S !M +M !F - +F !O !1F"
-                                                    : "+O !N +N !4P !I +I !T !B !S +T +B +S !M +M !F +F !O");
+        EXPECT_EQ(recorder.take(names),
+                  isDuplicate ? "+O !N + +N !P.children !I +I !T !B !S +T +B +S !M +M !F - +F !O !F.active"
+                              : "+O !N +N !P.children !I +I !T !B !S +T +B +S !M +M !F +F !O");
         EXPECT_EQ((std::pair{node->nodeFlags, node->travMask}),
                   (std::pair{17u, isDuplicate ? 0xFFFFFFFE : 0xFFFFFFFF}));
         EXPECT_EQ(foreground->active, !isDuplicate);
@@ -122,7 +123,8 @@ TEST_F(ConstructionTest, SlotFollowsContentTypeAndMarksOnlyAChange)
         osg::setRefdCP(overlay->image, image);
         Recorder recorder;
         ztOverlays::updateOverlayPosition(overlay, 0, 0);
-        EXPECT_EQ(recorder.take({{"S", textureOf(overlay)}}).find("!1S") != std::string::npos, isMarked) << contentType;
+        EXPECT_EQ(recorder.take({{"S", textureOf(overlay)}}).find("!S.image") != std::string::npos, isMarked)
+            << contentType;
         EXPECT_EQ(shownImage(overlay) == image, contentType != 0) << contentType;
     }
     EXPECT_EQ(corners(overlay), std::vector<float>(8, 0.0f)) << "without a picture";

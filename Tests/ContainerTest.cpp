@@ -1,5 +1,6 @@
 // Typed pointers, counts, types, the edit protocol, attachments, nodes, images and chunks.
 #include "TestSupport.h"
+#include "ztNodeUtils.h"
 
 #include <random>
 
@@ -114,6 +115,59 @@ TEST_F(ContainerTest, ChildIsTakenFromAnyPlaceAndTheOthersKeepTheirOrder)
         }
 }
 
+// The children "abcd" of one node and "e" of another; what a host does to them, and what it marks.
+TEST_F(ContainerTest, ChildrenAreMovedAndReplacedAndMarked)
+{
+    using namespace ztNodeUtils;
+    using Nodes = std::map<char, osg::NodePtr>;
+    struct
+    {
+        char const* name;
+        void (*operation)(Nodes&);
+        char const *children, *others, *marks;
+    } const rows[] = {
+        {"forward", [](Nodes& n) { moveChild(n['P'], 2, n['a']); }, "bcad", "e", "+a -a !P.children"},
+        {"to the front", [](Nodes& n) { moveChild(n['P'], 0, n['P']->children[2]); }, "cabd", "e", "+c -c !P.children"},
+        {"to the end", [](Nodes& n) { moveChild(n['P'], 9, n['a']); }, "bcda", "e", "+a -a !P.children"},
+        {"from another", [](Nodes& n) { moveChild(n['P'], 1, n['e']); }, "aebcd", "", "+e -e !Q.children !P.children"},
+        {"into itself", [](Nodes& n) { moveChild(n['a'], 0, n['P']); }, "abcd", "e", ""},
+        {"nothing", [](Nodes& n) { moveChild(n['P'], 0, osg::NullFC); }, "abcd", "e", ""},
+        {"replaced", [](Nodes& n) { replaceChild(n['P']->children[1], n['e']); }, "aecd", "",
+         "+e -e -b !Q.children !P.children"},
+        {"by a sibling", [](Nodes& n) { replaceChild(n['a'], n['c']); }, "cbd", "e", "+c -c -a !P.children"},
+        {"by its parent", [](Nodes& n) { replaceChild(n['a'], n['P']); }, "abcd", "e", ""},
+        {"by itself", [](Nodes& n) { replaceChild(n['a'], n['a']); }, "abcd", "e", ""},
+        {"without a parent", [](Nodes& n) { replaceChild(n['P'], n['a']); }, "abcd", "e", ""},
+    };
+    for (auto const& row : rows)
+    {
+        Nodes nodes;
+        Recorder::Names names;
+        for (char const* name : {"P", "Q", "a", "b", "c", "d", "e"})
+        {
+            nodes[*name] = makeNode(osg::NullFC, *name < 'a' ? osg::NullFC : nodes[*name == 'e' ? 'Q' : 'P']);
+            names.emplace_back(name, nodes[*name]);
+        }
+        Recorder recorder;
+        row.operation(nodes);
+        EXPECT_EQ(recorder.take(names), row.marks) << row.name;
+        auto const childrenOf = [&](char parent) {
+            std::string children;
+            for (osg::NodePtr const& child : nodes[parent]->children)
+                for (auto const& [letter, node] : nodes)
+                    children += std::string(node == child && child->parent == nodes[parent], letter);
+            return children;
+        };
+        EXPECT_EQ(childrenOf('P'), row.children) << row.name;
+        EXPECT_EQ(childrenOf('Q'), row.others) << row.name;
+    }
+    osg::NodePtr const node = makeNode();
+    Recorder recorder;
+    rename(node, "new");
+    auto const name = node->findAttachment(osg::Name::getClassType().getGroupId());
+    EXPECT_EQ(recorder.take({{"name", name}}), "+name !name.name");
+}
+
 // Against a plain list, in which a user may stand several times, up to lengths that have an index.
 TEST_F(ContainerTest, UsersLeaveTheirListFromAnyPlaceAndTheOthersKeepTheirOrder)
 {
@@ -203,7 +257,7 @@ TEST_F(ContainerTest, TextureKeepsCountsAndParentsOfItsImage)
     osg::markChanged(chunk, osg::TextureChunk::MinFilterFieldMask);
     osg::markChanged(a, osg::Image::PixelsFieldMask);
     EXPECT_EQ(chunk->getImageRevision(), revision + 1) << "told by the image";
-    EXPECT_EQ(recorder.take({{"A", a}, {"chunk", chunk}}), "!1chunk !2chunk !8A");
+    EXPECT_EQ(recorder.take({{"A", a}, {"chunk", chunk}}), "!chunk.image !chunk.minFilter !A.pixels");
     chunk->setImage(a);
     EXPECT_EQ(a->parents, (Users{other, chunk})) << "the entry moves to the end";
     EXPECT_EQ(a->parents.front().getParentEPos(), osg::TextureChunk::ImageFieldId);
@@ -223,5 +277,5 @@ TEST_F(ContainerTest, TextureKeepsCountsAndParentsOfItsImage)
     osg::subRef(other);
     EXPECT_EQ(a->parents.size() + b->parents.size(), 0u) << "a destroyed texture leaves";
     EXPECT_EQ(recorder.take({{"A", a}, {"B", b}, {"other", other}, {"host", host}}),
-              "+A -A +B -A +host -B !4host !8B xother -A");
+              "+A -A +B -A +host -B !host.text !B.pixels xother -A");
 }

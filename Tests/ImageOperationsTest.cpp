@@ -46,7 +46,7 @@ TEST_F(ImageOperationsTest, StraightAlphaIsPremultipliedInPlace)
     Recorder recorder;
     ztImage::premultiply(image);
     ztImage::premultiply(osg::NullFC);
-    EXPECT_EQ(recorder.take({{"image", image}}), "!8image");
+    EXPECT_EQ(recorder.take({{"image", image}}), "!image.pixels");
     EXPECT_EQ(image->pixels, makeImage(3, 2, {100, 50, 3, 100})->pixels);
 }
 
@@ -79,7 +79,7 @@ TEST_F(ImageOperationsTest, BlendWritesWhereTheImagesMeet)
         bool const blended = ztImage::blendImage(onto, image, {x, -2.9f, 0}, {1, 1, 1, 1}, 1, 0);
         return (blended ? "blended " : "") + recorder.take();
     };
-    EXPECT_EQ(blend(target, source, -3), "blended !8");
+    EXPECT_EQ(blend(target, source, -3), "blended !.pixels");
     EXPECT_EQ(target->pixels, std::vector<osg::UInt8>(64, 255)) << "cut at all four edges";
     for (float x : {4.0f, -9.0f, 3e9f, -3e9f})
         EXPECT_EQ(blend(target, source, x), "") << "beside the target";

@@ -95,7 +95,7 @@ TEST_F(DrawingTest, VisibleOverlaysAreAddedRemovedAndDrawn)
         operation(null);
         operation(viewport);
         EXPECT_EQ(viewport->foregrounds, after) << before.size();
-        EXPECT_EQ(recorder.take({{"viewport", viewport}}), "!2viewport") << "one mark, no reference";
+        EXPECT_EQ(recorder.take({{"viewport", viewport}}), "!viewport.foregrounds") << "one mark, no reference";
     }
     c->active = false;
     ztOverlays::drawOverlays(this, viewport.get());
@@ -152,5 +152,5 @@ TEST_F(DrawingTest, ListMayBeEditedWhileItIsDrawn)
     viewport->subForeground(a);
     viewport->subForeground(a);
     EXPECT_EQ(list, (std::vector<osg::ForegroundPtr>{b, osg::NullFC}));
-    EXPECT_EQ(recorder.take({{"viewport", viewport}}), "!2viewport");
+    EXPECT_EQ(recorder.take({{"viewport", viewport}}), "!viewport.foregrounds");
 }

@@ -1,17 +1,49 @@
 #include "TestSupport.h"
 
+#include <map>
+#include <set>
 #include <sstream>
+
+namespace
+{
+
+/// The marked field, ".children" for example, of those that tests see marked; a question mark for any other.
+std::string fieldName(osg::ChangeList::Entry const& entry)
+{
+    static std::map<std::string, std::map<osg::BitVector, char const*>> const names = {
+        {"Image", {{osg::Image::PixelsFieldMask, ".pixels"}}},
+        {"MaterialPool", {{osg::MaterialPool::OverlayRootFieldMask, ".overlayRoot"}}},
+        {"Node", {{osg::Node::ChildrenFieldMask, ".children"}}},
+        {"Name", {{osg::Name::NameFieldMask, ".name"}}},
+        {"HostOverlay", {{osg::Overlay::TextFieldMask, ".text"}}},
+        {"Overlay", {{osg::Overlay::DirtyFieldMask, ".dirty"}}},
+        {"PolygonForeground2",
+         {{osg::Foreground::ActiveFieldMask, ".active"}, {osg::PolygonForeground2::PositionsFieldMask, ".positions"}}},
+        {"TextureChunk",
+         {{osg::TextureChunk::ImageFieldMask, ".image"}, {osg::TextureChunk::MinFilterFieldMask, ".minFilter"}}},
+        {"Viewport", {{osg::Viewport::ForegroundsFieldMask, ".foregrounds"}}},
+    };
+    auto const& ofClass = names.at(entry.container->getType().getName());
+    auto const name = ofClass.find(entry.mask);
+    return name != ofClass.end() ? name->second : ".?";
+}
+
+} // namespace
 
 std::string Recorder::take(Names const& names)
 {
     std::ostringstream text;
+    std::set<osg::FieldContainer const*> destroyed;
+    for (osg::ChangeList::Entry const& entry : _list.getEntries())
+        if (entry.event == osg::ChangeList::Event::Destroyed)
+            destroyed.insert(entry.container.getContainer());
     for (osg::ChangeList::Entry const& entry : _list.getEntries())
     {
         text << (text.tellp() > 0 ? " " : "") << "+-x!"[int(entry.event)];
-        if (entry.mask != 0 && entry.mask != osg::AllFieldsMask)
-            text << std::hex << entry.mask;
         for (auto const& [name, container] : names)
             text << (container == entry.container ? name : "");
+        if (entry.mask != 0 && entry.mask != osg::AllFieldsMask)
+            text << (destroyed.count(entry.container.getContainer()) ? ".?" : fieldName(entry));
     }
     _list.clear();
     return text.str();

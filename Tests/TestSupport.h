@@ -25,8 +25,9 @@ class Recorder
     ~Recorder() { osg::PThreadBase::setCurrentChangeList(nullptr); }
     Recorder(Recorder const&) = delete;
 
-    /// Empties the list. Its entries as text, a word each: `+` and `-` a reference, `x` destroyed, `!` changed with all
-    /// fields, `!n` changed with the bits of the hexadecimal number n; then the container's name, if it was given one.
+    /// Empties the list. Its entries as text, a word each: `+` and `-` a reference, `x` destroyed, `!` changed; then
+    /// the container's name, if it was given one, and the field that has changed, if it isn't all. A question
+    /// mark stands for the field of a container that is gone.
     std::string take(Names const& names = {});
 
   private:

@@ -27,7 +27,8 @@ TEST_F(UpdateTest, PoolRootIsMadeOnceByOneOperationAndReversedByAnother)
     EXPECT_EQ(ztOverlays::getOverlayPoolRootForNode(branch), osg::NullFC) << "not made by these";
     Recorder recorder;
     osg::NodePtr const root = ztOverlays::getOverlayPoolRoot();
-    EXPECT_EQ(recorder.take({{"R", root}, {"Pool", pool}, {"Node", poolNode}}), "+ !R +R !1Pool +R !4Node");
+    EXPECT_EQ(recorder.take({{"R", root}, {"Pool", pool}, {"Node", poolNode}}),
+              "+ !R +R !Pool.overlayRoot +R !Node.children");
     {
         ztOpenSGUtils::RootScope const outer(osg::NullFC);
         EXPECT_EQ(ztOverlays::getOverlayPoolRoot(), osg::NullFC) << "this thread has no scene";
@@ -40,23 +41,24 @@ TEST_F(UpdateTest, PoolRootIsMadeOnceByOneOperationAndReversedByAnother)
     recorder.take();
     ztOverlays::reverseOverlaysSGOrder(branch);
     EXPECT_EQ(root->children, (std::vector{b, a}));
-    EXPECT_EQ(recorder.take({{"R", root}}), "!4R");
+    EXPECT_EQ(recorder.take({{"R", root}}), "!R.children");
 }
 
 TEST_F(UpdateTest, ChoosesBetweenRenderingAndPlacing)
 {
-    // The marks: `!` the image, `!1000` that it isn't dirty any more, `!8` the placement. A picture is 100 pixels high.
+    // The marks: `!` the image, `!.dirty` that it isn't dirty any more, `!.positions` the placement. A picture is 100
+    // pixels high.
     std::string const text = "text", hidden("\0text", 5), picture = "picture";
     for (auto const& [name, content, sizeMode, size, dirty, targetHeight, expected] :
-         {std::tuple{"dirty", text, 0, 12.0f, true, 1000, "! !1000 !8"},
-          {"dirty picture", picture, 0, 12.0f, true, 1000, "!1000 !8"},
+         {std::tuple{"dirty", text, 0, 12.0f, true, 1000, "! !.dirty !.positions"},
+          {"dirty picture", picture, 0, 12.0f, true, 1000, "!.dirty !.positions"},
           {"without text", hidden, 0, 12.0f, true, 1000, "!"},
           {"below a point", text, 0, 0.9f, true, 1000, "!"},
-          {"absolute", text, 0, 0.2f, false, 1000, "!8"},
-          {"relative, same whole pixels", text, 1, 0.1f, false, 1009, "!8"},
-          {"relative, a pixel more", text, 1, 0.1f, false, 1010, "! !1000 !8"},
-          {"relative, rounded to float", picture, 1, 100.0f / 103, false, 103, "!8"},
-          {"another mode", text, 2, 0.1f, false, 2000, "!8"}})
+          {"absolute", text, 0, 0.2f, false, 1000, "!.positions"},
+          {"relative, same whole pixels", text, 1, 0.1f, false, 1009, "!.positions"},
+          {"relative, a pixel more", text, 1, 0.1f, false, 1010, "! !.dirty !.positions"},
+          {"relative, rounded to float", picture, 1, 100.0f / 103, false, 103, "!.positions"},
+          {"another mode", text, 2, 0.1f, false, 2000, "!.positions"}})
     {
         osg::OverlayPtr const overlay =
             content == picture ? makePicture(makeImage(50, 100), 0.1f, 1) : makeText("text", 0.1f, 1);
@@ -114,7 +116,8 @@ TEST_F(UpdateTest, VisibleWalkIsDepthFirstChildrenLastToFirstAndUpdateReachesAll
     osg::ViewportPtr const viewport = makeViewport(640, 480);
     Recorder recorder;
     ztOverlays::updateAllOverlays(viewport);
-    EXPECT_EQ(recorder.take(), "! !1000 !8 ! !1000 !8 ! !1000 !8") << "hidden and nested ones, too";
+    EXPECT_EQ(recorder.take(), "! !.dirty !.positions ! !.dirty !.positions ! !.dirty !.positions")
+        << "hidden and nested ones, too";
     ztOverlays::updateAllOverlays(viewport);
     EXPECT_EQ(recorder.take(), "") << "quiet";
 }
@@ -145,7 +148,7 @@ TEST_F(UpdateTest, ActiveFollowsTheNodeAndWhatIsAbove)
         Recorder recorder;
         ztOverlays::updateVisibility(node);
         EXPECT_EQ(foreground->active, shown && nodeMask == all) << name;
-        EXPECT_EQ(recorder.take({{"F", foreground}}), "!1F");
+        EXPECT_EQ(recorder.take({{"F", foreground}}), "!F.active");
     }
     ztOverlays::updateVisibility(osg::NullFC);
     ztOverlays::updateVisibility(makeNode());

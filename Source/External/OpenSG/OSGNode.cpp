@@ -3,6 +3,7 @@
 #include "OSGMaterialPool.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace osg::v1
@@ -132,13 +133,23 @@ void Node::setCore(NodeCorePtr const& newCore)
     addPoolNodes(asPoolNodes());
 }
 
-void Node::addChild(NodePtr const& child)
+bool Node::canAdopt(NodePtr const& child) const
 {
-    if (child == NullFC)
-        return;
     for (Node const* above = this; above; above = above->parent.get())
         if (above == child.get())
-            return;
+            return false;
+    return child != NullFC;
+}
+
+void Node::addChild(NodePtr const& child)
+{
+    insertChild(std::numeric_limits<std::size_t>::max(), child);
+}
+
+void Node::insertChild(std::size_t index, NodePtr const& child)
+{
+    if (!canAdopt(child))
+        return;
 
     NodePtr const added = child;
     makeRoom(children); // what follows can't fail
@@ -146,9 +157,20 @@ void Node::addChild(NodePtr const& child)
     if (added->parent != NullFC)
         added->parent->subChild(added);
     added->leaveParent();
-    children.push_back(added);
+    children.insert(children.begin() + std::ptrdiff_t(std::min(index, children.size())), added);
     added->parent = NodePtr(this);
     addPoolNodes(added->_poolNodes);
+}
+
+void Node::replaceChild(NodePtr const& old, NodePtr const& child)
+{
+    NodePtr const replaced = old;
+    if (replaced == child || findFromBothEnds(children, replaced) == children.end() || !canAdopt(child))
+        return;
+    addChild(child);
+    auto const place = findFromBothEnds(children, replaced) - children.begin();
+    std::rotate(children.begin() + place, children.end() - 1, children.end());
+    subChild(replaced);
 }
 
 void Node::subChild(NodePtr const& child)

@@ -70,6 +70,14 @@ class ZTOPENSG_EXPORT Node : public AttachmentContainer
     /// its own descendant. Marks nothing: the caller marks this node with ChildrenFieldMask.
     void addChild(NodePtr const& child);
 
+    /// addChild() ahead of the child that stands at an index once `child` has left its parent, or behind all of them
+    /// for an index beyond.
+    void insertChild(std::size_t index, NodePtr const& child);
+
+    /// Puts `child` in the place of one of this node's children, and lets go of that one. Nothing happens where
+    /// addChild() does nothing, and if `old` is none of the children or `child` itself. Marks nothing.
+    void replaceChild(NodePtr const& old, NodePtr const& child);
+
     /// Takes a child out, and with it the reference on it. Nothing happens if it is none of this node's children. Marks
     /// nothing.
     void subChild(NodePtr const& child);
@@ -82,6 +90,7 @@ class ZTOPENSG_EXPORT Node : public AttachmentContainer
     ~Node() override;
 
   private:
+    bool canAdopt(NodePtr const& child) const;
     /// Lets go of the children, kept in reverse order, up to one that goes with this node and has children itself.
     /// \return that one, or null
     Node* letGoOfChildren();

@@ -92,7 +92,7 @@ class UserList
     }
 
     /// Appends a user, even if it is in the list already.
-    void push_back(Pointer const& user)
+    void push_back(Pointer user)
     {
         makeRoom();
         if (_many)
