@@ -74,7 +74,7 @@ namespace
 //! [show]
 void show(osg::NodePtr const& node, bool isShown)
 {
-    node->travMask = isShown ? 0xFFFFFFFF : 0;
+    node->travMask = isShown ? osg::Node::AllTravMask : 0;
     osg::markChanged(node, osg::Node::TravMaskFieldMask);
     ztOverlays::updateVisibility(node); // render() draws active foregrounds only
 }

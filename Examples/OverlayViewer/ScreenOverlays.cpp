@@ -59,7 +59,7 @@ std::vector<OverlayEntry> withPanels(std::vector<OverlayEntry> entries)
 
 bool isShown(osg::NodePtr const& node)
 {
-    return node->travMask == 0xFFFFFFFF;
+    return node->travMask == osg::Node::AllTravMask;
 }
 
 osg::OverlayPtr overlayOf(osg::NodePtr const& node)
@@ -179,7 +179,7 @@ void ScreenOverlays::toggleAt(QPointF const& point)
 void ScreenOverlays::toggle(osg::NodePtr const& node)
 {
     ztOverlays::removeOverlays(_viewport);
-    node->travMask = isShown(node) ? 0 : 0xFFFFFFFF;
+    node->travMask = isShown(node) ? 0 : osg::Node::AllTravMask;
     osg::markChanged(node, osg::Node::TravMaskFieldMask);
     ztOverlays::updateVisibility(node);
     ztOverlays::addOverlays(_viewport);

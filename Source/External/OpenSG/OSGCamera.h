@@ -80,4 +80,22 @@ class ZTOPENSG_EXPORT TileCameraDecorator : public TileCameraDecoratorBase
 
 using TileCameraDecoratorPtr = FCPtr<TileCameraDecorator>;
 
+/// The first tile decorator of a chain of decorators; null without one, and for null.
+inline TileCameraDecoratorPtr findTile(CameraPtr const& camera)
+{
+    auto decorator = dynamicCast<CameraDecorator>(camera);
+    while (decorator != NullFC && dynamicCast<TileCameraDecorator>(decorator) == NullFC)
+        decorator = dynamicCast<CameraDecorator>(decorator->decoratee);
+    return dynamicCast<TileCameraDecorator>(decorator);
+}
+
+/// The `aspect` of a perspective camera directly below a sheared stereo decorator; 1 for any other camera and for null.
+inline float stereoAspect(CameraPtr const& camera)
+{
+    auto const stereo = dynamicCast<ShearedStereoCameraDecorator>(camera);
+    auto const perspective =
+        stereo != NullFC ? dynamicCast<PerspectiveCamera>(stereo->decoratee) : PerspectiveCameraPtr();
+    return perspective != NullFC ? perspective->aspect : 1.0f;
+}
+
 } // namespace osg::v1

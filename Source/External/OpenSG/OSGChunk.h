@@ -37,11 +37,14 @@ class ZTOPENSG_EXPORT TextureChunkBase : public StateChunk
   public:
     /// Counted, and entered in the image's `parents`: written only through TextureChunk::setImage().
     ZT_FIELD(StateChunk, 0, Image, image, ImagePtr);
-    /// OpenGL enumerants of the filters and wrap modes.
-    ZT_FIELD(StateChunk, 1, MinFilter, minFilter, UInt32) = 9729;
-    ZT_FIELD(StateChunk, 2, MagFilter, magFilter, UInt32) = 9729;
-    ZT_FIELD(StateChunk, 3, WrapS, wrapS, UInt32) = 10497;
-    ZT_FIELD(StateChunk, 4, WrapT, wrapT, UInt32) = 10497;
+    /// OpenGL's numbers for GL_LINEAR and GL_REPEAT.
+    static constexpr UInt32 Linear = 9729, Repeat = 10497;
+
+    /// OpenGL's numbers of the filters and wrap modes.
+    ZT_FIELD(StateChunk, 1, MinFilter, minFilter, UInt32) = Linear;
+    ZT_FIELD(StateChunk, 2, MagFilter, magFilter, UInt32) = Linear;
+    ZT_FIELD(StateChunk, 3, WrapS, wrapS, UInt32) = Repeat;
+    ZT_FIELD(StateChunk, 4, WrapT, wrapT, UInt32) = Repeat;
     static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 5;
 };
 
@@ -73,9 +76,12 @@ using TextureChunkPtr = FCPtr<TextureChunk>;
 class ZTOPENSG_EXPORT BlendChunkBase : public StateChunk
 {
   public:
-    /// OpenGL enumerants of the blend factors, for straight alpha.
-    ZT_FIELD(StateChunk, 0, SrcFactor, srcFactor, UInt32) = 1;
-    ZT_FIELD(StateChunk, 1, DestFactor, destFactor, UInt32) = 0;
+    /// OpenGL's numbers for GL_ONE and GL_ZERO.
+    static constexpr UInt32 One = 1, Zero = 0;
+
+    /// OpenGL's numbers of the blend factors, for straight alpha.
+    ZT_FIELD(StateChunk, 0, SrcFactor, srcFactor, UInt32) = One;
+    ZT_FIELD(StateChunk, 1, DestFactor, destFactor, UInt32) = Zero;
     static constexpr UInt16 FieldEnd = StateChunk::FieldEnd + 2;
 };
 

@@ -21,7 +21,7 @@ struct TexturedPolygon
 };
 
 /// A renderer. Derive from it to draw foregrounds with any graphics library.
-class DrawActionBase
+class ZTOPENSG_EXPORT DrawActionBase
 {
   public:
     virtual ~DrawActionBase() = default;

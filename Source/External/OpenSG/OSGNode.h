@@ -55,10 +55,13 @@ class ZTOPENSG_EXPORT Node : public AttachmentContainer
     NotCopied<PoolNodes> _poolNodes;
 
   public:
+    /// The `travMask` of a node that is shown to all.
+    static constexpr UInt32 AllTravMask = 0xFFFFFFFF;
+
     ZT_FIELD(AttachmentContainer, 4, Parent, parent, NotCopied<NodePtr>);
     // What walks read comes last in memory: a core that is made next follows closely.
     ZT_FIELD(AttachmentContainer, 3, Core, core, NodeCorePtr);
-    ZT_FIELD(AttachmentContainer, 0, TravMask, travMask, UInt32) = 0xFFFFFFFF;
+    ZT_FIELD(AttachmentContainer, 0, TravMask, travMask, UInt32) = AllTravMask;
     ZT_FIELD(AttachmentContainer, 1, NodeFlags, nodeFlags, UInt32) = 0;
     ZT_FIELD(AttachmentContainer, 2, Children, children, std::vector<NodePtr>);
     static constexpr UInt16 FieldEnd = AttachmentContainer::FieldEnd + 5;

@@ -15,27 +15,6 @@ Viewport::~Viewport()
     subRef(camera);
 }
 
-namespace
-{
-
-float correctionFactor(CameraPtr const& camera)
-{
-    auto const stereo = dynamicCast<ShearedStereoCameraDecorator>(camera);
-    auto const perspective =
-        stereo != NullFC ? dynamicCast<PerspectiveCamera>(stereo->decoratee) : PerspectiveCameraPtr();
-    return perspective != NullFC ? perspective->aspect : 1.0f;
-}
-
-TileCameraDecoratorPtr findTile(CameraPtr const& camera)
-{
-    auto decorator = dynamicCast<CameraDecorator>(camera);
-    while (decorator != NullFC && dynamicCast<TileCameraDecorator>(decorator) == NullFC)
-        decorator = dynamicCast<CameraDecorator>(decorator->decoratee);
-    return dynamicCast<TileCameraDecorator>(decorator);
-}
-
-} // namespace
-
 // The overlay library computes the size of the same layout by its own rules, and this layer can't ask it.
 LayoutArea Viewport::getLayoutArea()
 {
@@ -44,7 +23,7 @@ LayoutArea Viewport::getLayoutArea()
         float const width = float(tile->fullWidth), height = float(tile->fullHeight);
         return {tile->left * width, tile->bottom * height, tile->right * width, tile->top * height};
     }
-    float const factor = correctionFactor(camera);
+    float const factor = stereoAspect(camera);
     float const width = float(getPixelWidth()), height = float(getPixelHeight());
     return {0.0f, 0.0f, factor > 1.0f ? std::trunc(factor * width) : width,
             factor < 1.0f ? std::trunc(height / factor) : height};

@@ -18,7 +18,7 @@ bool chooses(osg::Switch const& node, std::vector<osg::NodePtr> const& children,
 
 bool isInactiveFor(osg::Node const& node, osg::NodePtr const& child)
 {
-    if (node.travMask != 0xFFFFFFFF)
+    if (node.travMask != osg::Node::AllTravMask)
         return true;
     osg::SwitchPtr const core = osg::dynamicCast<osg::Switch>(node.core);
     return core != osg::NullFC && !chooses(*core, node.children, child);

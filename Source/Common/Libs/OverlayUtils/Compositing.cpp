@@ -51,7 +51,7 @@ void blendOverlay(OverlayPtr const& overlay, ImagePtr const& target, int width, 
     PixelSize const size = overlayPixelSize(*overlay, synced.get(), height);
     osg::Vec3f const texCoord = foreground.texCoords.front();
 
-    if (overlay->contentType == osg::Overlay::ContentImage)
+    if (isPicture(*overlay))
         resample(picture, ztNumeric::truncate(size.width), ztNumeric::truncate(size.height));
     float const x = fromFarEdge(corner.x, width) - texCoord.x * size.width;
     float const y = fromFarEdge(corner.y, height) - texCoord.y * size.height;

@@ -16,21 +16,25 @@ namespace
 
 constexpr osg::UInt32 overlayNodeFlag = 16;
 
+// OpenGL's numbers for filters, the wrap mode and blend factors.
+constexpr osg::UInt32 linear = 9729, linearMipmapLinear = 9987, clampToEdge = 33071;
+constexpr osg::UInt32 srcAlpha = 770, oneMinusSrcAlpha = 771;
+
 void fill(osg::TextureChunkPtr const& chunk, osg::ImagePtr const& image)
 {
     chunk->setImage(image);
-    chunk->minFilter = 9987; // GL_LINEAR_MIPMAP_LINEAR
-    chunk->magFilter = 9729; // GL_LINEAR
-    chunk->wrapS = 33071;    // GL_CLAMP_TO_EDGE
-    chunk->wrapT = 33071;
+    chunk->minFilter = linearMipmapLinear;
+    chunk->magFilter = linear;
+    chunk->wrapS = clampToEdge;
+    chunk->wrapT = clampToEdge;
     osg::markChanged(chunk, osg::AllFieldsMask);
 }
 
 osg::BlendChunkPtr createBlendChunk()
 {
     auto const chunk = osg::create<osg::BlendChunk>();
-    chunk->srcFactor = 770;  // GL_SRC_ALPHA
-    chunk->destFactor = 771; // GL_ONE_MINUS_SRC_ALPHA
+    chunk->srcFactor = srcAlpha;
+    chunk->destFactor = oneMinusSrcAlpha;
     osg::markChanged(chunk, osg::AllFieldsMask);
     return chunk;
 }
@@ -70,7 +74,7 @@ osg::PolygonForeground2Ptr createForeground(osg::Overlay const& overlay)
     material->chunks.reserve(3);
     osg::NewPtr<osg::TextureChunk> const texture(osg::create<osg::TextureChunk>());
 
-    if (overlay.contentType == osg::Overlay::ContentText)
+    if (isText(overlay))
         fill(texture, osg::NewPtr<osg::Image>(createBlankImage()));
     else
         fill(texture, overlay.image);
@@ -132,7 +136,7 @@ osg::NodePtr createOverlay(osg::NodePtr const& parent)
     bool const hidden = isSwitch(parent);
     node->setCore(osg::create<osg::Overlay>());
     node->nodeFlags |= overlayNodeFlag;
-    node->travMask = hidden ? 0 : 0xFFFFFFFF;
+    node->travMask = hidden ? 0 : shownMask;
     osg::markChanged(node, osg::AllFieldsMask);
     osg::OverlayPtr const overlay = overlayOf(node);
     return append(parent, node, [&] { initOverlay(overlay); });

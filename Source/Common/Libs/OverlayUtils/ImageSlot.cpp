@@ -25,7 +25,7 @@ void setImage(osg::PolygonForeground2Ptr const& foreground, osg::ImagePtr const&
 
 void clearImage(osg::ImagePtr const& image)
 {
-    image->set(osg::Image::FormatRGBA, blankSize, blankSize, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
+    allocate(*image, blankSize, blankSize);
     std::memset(image->pixelBuffer(), 0, blankSize * blankSize * 4);
     osg::markChanged(image, osg::AllFieldsMask);
 }
@@ -51,7 +51,7 @@ osg::ImagePtr syncImage(osg::OverlayPtr const& overlay)
     osg::ImagePtr const current = getImage(overlay->foreground);
     if (isInSync(*overlay, current.get()))
         return current;
-    if (overlay->contentType == osg::Overlay::ContentText)
+    if (isText(*overlay))
         return setBlankImage(overlay->foreground);
     setImage(overlay->foreground, overlay->image);
     return overlay->image;

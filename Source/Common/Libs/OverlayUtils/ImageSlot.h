@@ -4,7 +4,7 @@
 /// A foreground whose material is no osg::ChunkMaterial that begins with an osg::TextureChunk has no such slot.
 #pragma once
 
-#include "OSGOverlay.h"
+#include "OverlayAccess.h"
 
 namespace ztOverlays
 {
@@ -28,6 +28,12 @@ inline osg::ImagePtr getImage(osg::PolygonForeground2Ptr const& foreground)
 /// Puts an image, which may be null, into the slot and marks the chunk. Without a slot: nothing happens.
 void setImage(osg::PolygonForeground2Ptr const& foreground, osg::ImagePtr const& image);
 
+/// Gives an image a size and bytes of its own, as they come.
+inline void allocate(osg::Image& image, int width, int height)
+{
+    image.set(osg::Image::FormatRGBA, width, height, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
+}
+
 /// Turns an image into 16 by 16 transparent pixels and marks it.
 void clearImage(osg::ImagePtr const& image);
 
@@ -48,9 +54,8 @@ osg::ImagePtr syncImage(osg::OverlayPtr const& overlay);
 /// \param current  the image in the slot
 inline bool isInSync(osg::Overlay const& overlay, osg::Image const* current)
 {
-    bool const isPicture = overlay.contentType != osg::Overlay::ContentText;
     bool const holdsPicture = overlay.image.get() == current;
-    return isPicture == holdsPicture;
+    return holdsPicture != isText(overlay);
 }
 
 } // namespace ztOverlays

@@ -62,9 +62,7 @@ PixelSize overlayPixelSize(osg::Overlay const& overlay, osg::Image const* image,
     if (!image)
         return {0.0f, 0.0f};
     PixelSize const imageSize{float(image->width), float(image->height)};
-    return overlay.contentType == osg::Overlay::ContentText
-               ? imageSize
-               : pictureSize(imageSize, overlay.sizeMode, overlay.size, targetHeight);
+    return isText(overlay) ? imageSize : pictureSize(imageSize, overlay.sizeMode, overlay.size, targetHeight);
 }
 
 void updateOverlayPosition(OverlayPtr const& overlay, int viewportWidth, int viewportHeight)

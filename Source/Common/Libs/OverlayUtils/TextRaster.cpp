@@ -1,5 +1,6 @@
 #include "TextRaster.h"
 
+#include "ImageSlot.h"
 #include "Placement.h"
 #include "ztNumeric.h"
 #include "ztPixels.h"
@@ -109,7 +110,7 @@ void transfer(QImage const& source, osg::ImagePtr const& image)
 {
     int const width = source.width();
     int const height = source.height();
-    image->set(osg::Image::FormatRGBA, width, height, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
+    allocate(*image, width, height);
     osg::UInt8* destination = image->pixelBuffer();
     for (int row = height - 1; row >= 0; --row, destination += std::size_t(width) * 4)
         ztPixels::fromWords(reinterpret_cast<QRgb const*>(source.constScanLine(row)), destination, std::size_t(width));

@@ -15,7 +15,7 @@ namespace
 bool render(OverlayPtr const& overlay, int viewportHeight)
 {
     ImagePtr image = syncImage(overlay);
-    if (overlay->contentType != osg::Overlay::ContentText)
+    if (!isText(*overlay))
         return true;
     // The slot was empty when the overlay became a text.
     if (image == osg::NullFC)

@@ -2,7 +2,7 @@
 /// The walk over the visible overlays.
 #pragma once
 
-#include "OSGOverlay.h"
+#include "OverlayAccess.h"
 
 #include <cstddef>
 #include <utility>
@@ -10,11 +10,6 @@
 
 namespace ztOverlays
 {
-
-inline bool isShown(osg::Node const& node)
-{
-    return node.travMask == 0xFFFFFFFF;
-}
 
 /// Calls the callback if a node, which is shown, is an overlay.
 template <class Callback>
