@@ -1,26 +1,9 @@
 #include "OSGChangeList.h"
 
-#include "OSGThread.h"
-
 #include <exception>
 
 namespace osg::v1
 {
-
-namespace
-{
-thread_local ChangeList* currentChangeList = nullptr;
-}
-
-ChangeList* PThreadBase::getCurrentChangeList()
-{
-    return currentChangeList;
-}
-
-void PThreadBase::setCurrentChangeList(ChangeList* changeList)
-{
-    currentChangeList = changeList;
-}
 
 void ChangeList::addAddRefd(FieldContainerPtr const& container) noexcept
 {

@@ -10,53 +10,8 @@ namespace osg::v1
 
 namespace
 {
-LockPool refCountLock;
 std::atomic<std::size_t> numContainers{0};
-
-UInt32 nextTypeId()
-{
-    static std::atomic<UInt32> next{0};
-    return ++next;
-}
 } // namespace
-
-LockPool* const FieldContainerPtrBase::_pRefCountLock = &refCountLock;
-thread_local bool FieldContainerPtr::_ignore_change = false;
-
-FieldContainerPtrBase::FieldContainerPtrBase(FieldContainer* container, UInt16 parentEPos)
-    : _containerSize(container ? container->getType().getContainerSize() : UInt16(0)), _parentEPos(parentEPos),
-      _container(container)
-{
-}
-
-TypeBase::TypeBase(char const* name, TypeBase const* parent) : _id(nextTypeId()), _name(name), _parent(parent) {}
-
-FieldContainerType::FieldContainerType(char const* name, FieldContainerType const* parent, UInt16 containerSize,
-                                       FieldContainer* (*makePrototype)())
-    : TypeBase(name, parent), _prototype(makePrototype ? makePrototype() : nullptr), _containerSize(containerSize)
-{
-}
-
-FieldContainerType::~FieldContainerType()
-{
-    delete _prototype;
-}
-
-FieldContainerPtr FieldContainerType::getPrototype() const
-{
-    return FieldContainerPtr(_prototype);
-}
-
-FieldContainerPtr FieldContainerType::createContainer() const
-{
-    return _prototype ? _prototype->shallowCopy() : FieldContainerPtr();
-}
-
-UInt32 FieldContainerType::getGroupId() const
-{
-    auto const* const parent = static_cast<FieldContainerType const*>(getParent());
-    return parent && parent->_prototype ? parent->getGroupId() : getId();
-}
 
 FieldContainerType const FieldContainer::_type("FieldContainer", nullptr, sizeof(FieldContainer), nullptr);
 
@@ -93,9 +48,9 @@ class ReferenceCounting
     /// Returns the count afterwards.
     static Int32 change(FieldContainer* container, Int32 difference)
     {
-        refCountLock.aquire(container);
+        FieldContainerPtrBase::_pRefCountLock->aquire(container);
         Int32 const count = container->_refCount += difference;
-        refCountLock.release(container);
+        FieldContainerPtrBase::_pRefCountLock->release(container);
         return count;
     }
 
