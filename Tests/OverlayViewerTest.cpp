@@ -364,7 +364,7 @@ class Window : public Viewer
     }
 
     ScreenOverlays _overlays{readOverlayFile("labels.json"), {"a", 1, 1}};
-    ViewerWindow _window{createTrefoilKnot(), _overlays, parseOptions({"overlay-viewer", "--size", "388x293"})};
+    ViewerWindow _window{createTrefoilKnot(), _overlays, parseViewerOptions({"overlay-viewer", "--size", "388x293"})};
 };
 
 TEST_F(Window, FollowsItsSizeAndSavesTheSameStampedAndTiled)
@@ -462,6 +462,9 @@ TEST_F(Window, ShowsWhatIsDroppedOntoIt)
     EXPECT_EQ(_window.title(), "triangle.obj, other.json");
     EXPECT_NE(drop("red.png").find("red.png: expected a mesh (.obj, .stl or .ply), got a picture\n"),
               std::string::npos);
+    write("huge.json", R"({"overlays": [{"text": "huge", "size": 99999}]})");
+    EXPECT_NE(drop("huge.json").find("overlays[0]: can't draw"), std::string::npos);
+    EXPECT_EQ(redPart(shown()), QRect(388 - 40, 0, 40, 20)) << "those of before stay";
     EXPECT_EQ(_window.title(), "triangle.obj, other.json");
 }
 

@@ -8,6 +8,7 @@
 #include "ztPlatform.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ztExamples
 {
@@ -67,8 +68,8 @@ osg::OverlayPtr overlayOf(osg::NodePtr const& node)
     return osg::dynamicCast<osg::Overlay>(node->core);
 }
 
-/// The library marks `dirty` alone once it has brought a picture up to date, a text by rendering it. Overlays
-/// live as long as the list, other containers may not: the mask is looked at first.
+/// The library clears `dirty`, and marks that, once it has brought a picture up to date, a text by rendering it.
+/// Overlays live as long as the list, other containers may not: the mask is looked at first.
 bool isRendering(osg::ChangeList::Entry const& entry)
 {
     return entry.event == osg::ChangeList::Event::Changed && entry.mask == osg::Overlay::DirtyFieldMask &&
@@ -91,14 +92,31 @@ ScreenOverlays::~ScreenOverlays()
 
 void ScreenOverlays::load(std::vector<OverlayEntry> const& entries, Placeholders const& values)
 {
+    std::vector<OverlayEntry> const before = std::exchange(_entries, entries);
+    try
+    {
+        show(values);
+    }
+    catch (std::exception const&)
+    {
+        _entries = before;
+        show(values);
+        throw;
+    }
+}
+
+void ScreenOverlays::show(Placeholders const& values)
+{
     _viewport->foregrounds.clear(); // holds no references
     _scene.reset();
-    _scene.emplace(withPanels(entries));
+    _scene.emplace(withPanels(_entries));
     _changes.clear(); // names what is gone
     _poolRoot = ztOverlays::getOverlayPoolRoot();
     _panel = _poolRoot->children[0];
     _status = overlayOf(_poolRoot->children[1]);
     _scene->setTexts(values);
+    if (QSize const size(_viewport->pixelWidth, _viewport->pixelHeight); !size.isEmpty())
+        _scene->layOut(size);
     ztOverlays::addOverlays(_viewport);
 }
 
@@ -111,8 +129,7 @@ void ScreenOverlays::setTexts(Placeholders const& values)
 void ScreenOverlays::layOut(QSize const& pixels, double scale)
 {
     if (scale != ztPlatform::getDpiScaleX() && ztPlatform::setDpiScale(scale, scale))
-        for (osg::NodePtr const& node : _poolRoot->children)
-            osg::markChanged(node->core, osg::Overlay::SizeFieldMask); // raises `dirty`
+        makeDirty();
     if (pixels != QSize(_viewport->pixelWidth, _viewport->pixelHeight))
     {
         _viewport->pixelWidth = pixels.width();
@@ -121,6 +138,17 @@ void ScreenOverlays::layOut(QSize const& pixels, double scale)
     }
     _scene->layOut(pixels);
     countRenderings();
+}
+
+void ScreenOverlays::makeDirty()
+{
+    countRenderings();
+    for (osg::NodePtr const& node : _poolRoot->children)
+    {
+        overlayOf(node)->dirty = true;
+        osg::markChanged(node->core, osg::Overlay::DirtyFieldMask);
+    }
+    _changes.clear(); // these are no renderings
 }
 
 void ScreenOverlays::countRenderings()

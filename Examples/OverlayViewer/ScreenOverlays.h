@@ -26,7 +26,8 @@ class ScreenOverlays
     ScreenOverlays& operator=(ScreenOverlays const&) = delete;
     ~ScreenOverlays();
 
-    /// Shows other overlays in the place of those of the file.
+    /// Shows other overlays in the place of those of the file, which stay if the others can't be laid out as they are.
+    /// \throw std::runtime_error if so; what() names the overlay
     void load(std::vector<OverlayEntry> const& entries, Placeholders const& values);
 
     /// Replaces the placeholders in the file's texts anew.
@@ -63,11 +64,16 @@ class ScreenOverlays
     void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile);
 
   private:
+    /// Makes the scene of the entries.
+    void show(Placeholders const& values);
     void togglePanel(std::string const& text);
     void setPanel(std::string const& text);
     void toggle(osg::NodePtr const& node);
+    /// Has all overlays rendered anew.
+    void makeDirty();
     void countRenderings();
 
+    std::vector<OverlayEntry> _entries;
     /// The current scene, of which there is one at a time.
     std::optional<Scene> _scene;
     osg::NodePtr _poolRoot;

@@ -66,7 +66,7 @@ std::optional<QSurfaceFormat> ViewerWindow::findFormat()
     return std::nullopt;
 }
 
-ViewerWindow::ViewerWindow(Mesh mesh, ScreenOverlays& overlays, Options const& options)
+ViewerWindow::ViewerWindow(Mesh mesh, ScreenOverlays& overlays, ViewerOptions const& options)
     : _mesh(std::move(mesh)), _overlays(overlays), _options(options)
 {
     setFormat(findFormat().value_or(neededFormat(false)));

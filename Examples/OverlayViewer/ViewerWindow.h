@@ -5,9 +5,9 @@
 #include "MeshRenderer.h"
 #include "OSGOpenGLDrawAction.h"
 #include "Offscreen.h"
-#include "Options.h"
 #include "ScreenOverlays.h"
 #include "View.h"
+#include "ViewerOptions.h"
 
 #include <QElapsedTimer>
 #include <QOpenGLWindow>
@@ -28,7 +28,7 @@ class ViewerWindow : public QOpenGLWindow
     static std::optional<QSurfaceFormat> findFormat();
 
     /// \param overlays  have to outlive the window
-    ViewerWindow(Mesh mesh, ScreenOverlays& overlays, Options const& options);
+    ViewerWindow(Mesh mesh, ScreenOverlays& overlays, ViewerOptions const& options);
     ~ViewerWindow() override;
 
     int frameCount() const { return _frameCount; }
@@ -66,7 +66,7 @@ class ViewerWindow : public QOpenGLWindow
 
     Mesh _mesh;
     ScreenOverlays& _overlays;
-    Options _options;
+    ViewerOptions _options;
     /// Made in each context anew.
     std::unique_ptr<MeshRenderer> _renderer;
     std::unique_ptr<SmoothFramebuffer> _framebuffer;

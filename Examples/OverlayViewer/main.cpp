@@ -4,8 +4,8 @@
 
 #include "Host.h"
 #include "MeshFile.h"
-#include "Options.h"
 #include "Resources.h"
+#include "ViewerOptions.h"
 #include "ViewerWindow.h"
 #include "ztOverlayCheck.h"
 
@@ -27,7 +27,7 @@ ExitCode check(ScreenOverlays& overlays, QSize const& size)
     return findings.empty() ? AllDone : NotAllDone;
 }
 
-ExitCode show(Options const& options)
+ExitCode show(ViewerOptions const& options)
 {
     limitThreads(std::max(QThread::idealThreadCount(), 1));
     auto const entries =
@@ -58,5 +58,5 @@ ExitCode show(Options const& options)
 int main(int argc, char** argv)
 {
     // Without a display there is still --help, and an answer in our own words.
-    return runHost(argc, argv, "xcb;wayland;offscreen", parseOptions, show);
+    return runHost(argc, argv, "xcb;wayland;offscreen", parseViewerOptions, show);
 }

@@ -9,7 +9,7 @@
 namespace ztExamples
 {
 
-struct Options
+struct ViewerOptions
 {
     /// Empty: no overlays besides the viewer's own.
     QString overlayFile;
@@ -28,10 +28,10 @@ struct Options
 };
 
 /// What {file} stands for.
-QString meshName(Options const& options);
+QString meshName(ViewerOptions const& options);
 
 /// \param arguments  the program's name first
 /// \throw std::runtime_error for a usage error; what() is one line about it
-Options parseOptions(QStringList const& arguments);
+ViewerOptions parseViewerOptions(QStringList const& arguments);
 
 } // namespace ztExamples

@@ -1,4 +1,4 @@
-#include "Options.h"
+#include "ViewerOptions.h"
 
 #include "CommandLine.h"
 #include "OverlayFile.h"
@@ -89,16 +89,16 @@ QSize parseSize(QString const& text)
 
 } // namespace
 
-QString meshName(Options const& options)
+QString meshName(ViewerOptions const& options)
 {
     return options.meshFile.isEmpty() ? "built-in shape" : QFileInfo(options.meshFile).fileName();
 }
 
-Options parseOptions(QStringList const& arguments)
+ViewerOptions parseViewerOptions(QStringList const& arguments)
 {
     QCommandLineParser parser;
     addOptions(parser);
-    Options options;
+    ViewerOptions options;
     options.information = parse(parser, arguments, overlayFileHelp + QString(details));
     if (!options.information.isEmpty())
         return options;
