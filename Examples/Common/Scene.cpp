@@ -1,5 +1,6 @@
 #include "Scene.h"
 
+#include "MadePictures.h"
 #include "OSGMaterialPool.h"
 #include "OSGRefPtr.h"
 #include "OverlayNodes.h"
@@ -43,20 +44,9 @@ bool hasNothingToShow(OverlayEntry const& entry)
            entry.text.value_or("").isEmpty();
 }
 
-osg::OverlayPtr overlayOf(osg::NodePtr const& node)
-{
-    return osg::dynamicCast<osg::Overlay>(node->core);
-}
-
 bool isText(osg::Overlay const& overlay)
 {
     return overlay.contentType == osg::Overlay::ContentText;
-}
-
-osg::ImagePtr shownImage(osg::Overlay const& overlay)
-{
-    auto const material = osg::dynamicCast<osg::ChunkMaterial>(overlay.foreground->material);
-    return osg::dynamicCast<osg::TextureChunk>(material->chunks.front())->image;
 }
 
 [[noreturn]] void failToDraw(QSizeF const& size)
@@ -102,22 +92,19 @@ void requireRendering(osg::Overlay const& text, osg::Image const& image, int tar
 void requireSize(osg::Overlay const& picture, int targetHeight, qint64 maxPixels)
 {
     constexpr double maxSide = 1 << 24; // the library's
-    bool const isRelative = picture.sizeMode == osg::Overlay::SizeRelative;
-    double const height = double(picture.size) * (isRelative ? targetHeight : ztPlatform::getDpiScaleY());
-    double const width = height * picture.image->width / picture.image->height;
-    PixelLimit(maxPixels).add(width, height);
-    if (std::max(width, height) > maxSide)
-        failToDraw({width, height});
+    QSizeF const size =
+        shownSize(picture.sizeMode, picture.size, QSizeF(picture.image->width, picture.image->height), targetHeight);
+    PixelLimit(maxPixels).add(size.width(), size.height());
+    if (std::max(size.width(), size.height()) > maxSide)
+        failToDraw(size);
 }
 
-void layOut(osg::OverlayPtr const& overlay, QSize const& target, PixelLimit& textLimit)
+void layOutText(osg::OverlayPtr const& overlay, QSize const& target, PixelLimit& limit)
 {
     ztOverlays::updateOverlay(overlay, target.width(), target.height());
-    if (!isText(*overlay))
-        return;
     osg::ImagePtr const image = shownImage(*overlay);
     requireRendering(*overlay, *image, target.height());
-    textLimit.add(image->width, image->height);
+    limit.add(image->width, image->height);
 }
 
 /// Puts a place in front of what a function complains about.
@@ -145,7 +132,7 @@ Scene::Scene(std::vector<OverlayEntry> const& entries, qint64 maxPixels)
     {
         if (hasNothingToShow(entry))
             entry.visible = false;
-        _items.push_back({createOverlayNode(poolRoot, entry), entry.text, entry.place});
+        _items.push_back({createOverlayNode(poolRoot, entry), entry, {}});
     }
 }
 
@@ -156,35 +143,51 @@ Scene::~Scene()
 
 void Scene::setTexts(Placeholders const& values)
 {
-    for (auto const& [node, text, place] : _items)
+    for (Item const& item : _items)
     {
-        if (!text)
+        if (!item.entry.text)
             continue;
-        QString const expanded = *expand(*text, values);
+        QString const expanded = *expand(*item.entry.text, values);
         if (expanded.size() > maxTextLength)
-            throw std::runtime_error(place.toStdString() + ".text: has " + std::to_string(expanded.size()) +
+            throw std::runtime_error(item.entry.place.toStdString() + ".text: has " + std::to_string(expanded.size()) +
                                      " characters in place of " + std::to_string(maxTextLength) + " at most");
-        setText(overlayOf(node), expanded.toStdString());
+        setText(contentOf(item.node), expanded.toStdString());
     }
 }
 
 void Scene::layOut(QSize const& target)
 {
-    PixelLimit textLimit(_maxPixels);
-    for (Item const& item : _items)
-        at(item.place, [&] { ztExamples::layOut(overlayOf(item.node), target, textLimit); });
+    PixelLimit limit(_maxPixels);
+    for (Item& item : _items)
+        at(item.entry.place, [&] { layOut(item, target, limit); });
+}
+
+void Scene::layOut(Item& item, QSize const& target, PixelLimit& limit)
+{
+    osg::OverlayPtr const overlay = contentOf(item.node);
+    if (item.entry.contentType == contentGuide)
+        return layOutGuide(item.node, item.entry.guide, target, limit);
+    if (isText(*overlay))
+    {
+        layOutText(overlay, target, limit);
+        if (!item.node->children.empty())
+            layOutBeneath(item.node, item.entry, target, limit, item.shadow);
+        return;
+    }
+    if (item.entry.vectorPicture)
+        drawShapes(overlay, item.entry, target, limit);
+    ztOverlays::updateOverlay(overlay, target.width(), target.height());
 }
 
 void Scene::stamp(QImage& pixels, osg::ViewportPtr const& viewport)
 {
-    PixelLimit textLimit(_maxPixels);
-    for (Item const& item : _items)
+    PixelLimit limit(_maxPixels);
+    for (Item& item : _items)
         if (item.node->travMask == 0xFFFFFFFF)
-            at(item.place, [&] {
-                osg::OverlayPtr const overlay = overlayOf(item.node);
-                if (!isText(*overlay))
-                    requireSize(*overlay, pixels.height(), _maxPixels);
-                ztExamples::layOut(overlay, pixels.size(), textLimit);
+            at(item.entry.place, [&] {
+                if (item.entry.image && !isText(*overlayOf(item.node)))
+                    requireSize(*overlayOf(item.node), pixels.height(), _maxPixels);
+                layOut(item, pixels.size(), limit);
             });
     std::vector<osg::OverlayPtr> visible;
     ztOverlays::getAllVisibleOverlays(visible);

@@ -2,8 +2,8 @@
 /// A scene with nothing but overlays.
 #pragma once
 
+#include "MadePictures.h"
 #include "OSGViewport.h"
-#include "OverlayFile.h"
 #include "Placeholders.h"
 
 namespace ztExamples
@@ -13,8 +13,8 @@ namespace ztExamples
 class Scene
 {
   public:
-    /// \param maxPixels  how many pixels a picture may have where it is stamped, and all texts together; 0: as many as
-    ///     the library stamps
+    /// \param maxPixels  how many pixels a picture may have where it is stamped, and all texts and what the host draws
+    ///     together; 0: as many as the library stamps
     explicit Scene(std::vector<OverlayEntry> const& entries, qint64 maxPixels = defaultMaxPixels);
     Scene(Scene const&) = delete;
     Scene& operator=(Scene const&) = delete;
@@ -38,9 +38,11 @@ class Scene
     struct Item
     {
         osg::NodePtr node;
-        std::optional<QString> text;
-        QString place;
+        OverlayEntry entry;
+        ShadowState shadow;
     };
+
+    void layOut(Item& item, QSize const& target, PixelLimit& limit);
 
     std::vector<Item> _items;
     qint64 _maxPixels;

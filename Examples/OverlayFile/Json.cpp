@@ -159,6 +159,24 @@ QJsonValue readJson(QString const& path)
     return document.isArray() ? QJsonValue(document.array()) : document.object();
 }
 
+float toFraction(QJsonValue const& value)
+{
+    expect(value.isDouble() && value.toDouble() > 0.0 && value.toDouble() <= 1.0, "a number above 0, up to 1", value);
+    return toSize(value);
+}
+
+std::array<float, 4> toFractions(QJsonValue const& value)
+{
+    return toFloats<4>(value, "four numbers from 0 to 1", isComponent);
+}
+
+int toWhole(QJsonValue const& value, int least, int most)
+{
+    int const number = value.toInt(least - 1);
+    expect(number >= least && number <= most, QString("a whole number from %1 to %2").arg(least).arg(most), value);
+    return number;
+}
+
 osg::Color3f toColor3(QJsonValue const& value, QString const& expected)
 {
     auto const [r, g, b] = toFloats<3>(value, expected, isComponent);
@@ -167,7 +185,7 @@ osg::Color3f toColor3(QJsonValue const& value, QString const& expected)
 
 osg::Color4f toColor4(QJsonValue const& value)
 {
-    auto const [r, g, b, a] = toFloats<4>(value, "four numbers from 0 to 1", isComponent);
+    auto const [r, g, b, a] = toFractions(value);
     return {r, g, b, a};
 }
 
@@ -186,6 +204,13 @@ osg::Vec2f toVector(QJsonValue const& value)
     expect(isNumbers(value, 2), "two numbers", value);
     auto const [x, y] = toFloats<2>(value, "two numbers in single precision's range", fitsFloat);
     return {x, y};
+}
+
+osg::Vec2f toPadding(QJsonValue const& value)
+{
+    osg::Vec2f const padding = toVector(value.isDouble() ? QJsonArray{value, value} : value);
+    expect(padding.x >= 0.0f && padding.y >= 0.0f, "one or two numbers from 0 on", value);
+    return padding;
 }
 
 float toSize(QJsonValue const& value)
@@ -212,6 +237,14 @@ bool toBool(QJsonValue const& value)
 {
     expect(value.isBool(), "true or false", value);
     return value.toBool();
+}
+
+int toChoice(QJsonValue const& value, QStringList const& words)
+{
+    QString const last = "\"" + words.back() + "\"";
+    QString const others = "\"" + QStringList(words.mid(0, words.size() - 1)).join("\", \"") + "\"";
+    expect(value.isString() && words.contains(value.toString()), others + " or " + last, value);
+    return int(words.indexOf(value.toString()));
 }
 
 } // namespace ztExamples

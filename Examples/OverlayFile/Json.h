@@ -5,8 +5,9 @@
 #include "OSGBase.h"
 
 #include <QJsonValue>
-#include <QString>
+#include <QStringList>
 
+#include <array>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -48,17 +49,24 @@ void at(QString const& place, Check const& check)
 QJsonValue readJson(QString const& path);
 
 /// The value as one of a type; they complain of any other.
+float toFraction(QJsonValue const& value);
+std::array<float, 4> toFractions(QJsonValue const& value);
+int toWhole(QJsonValue const& value, int least, int most);
 osg::Color3f toColor3(QJsonValue const& value, QString const& expected = "three numbers from 0 to 1");
 osg::Color4f toColor4(QJsonValue const& value);
 /// One component for all or three.
 osg::Color3f toTransparency(QJsonValue const& value);
 /// Any numbers.
 osg::Vec2f toVector(QJsonValue const& value);
+/// One number for both or two, none below 0.
+osg::Vec2f toPadding(QJsonValue const& value);
 /// Above 0.
 float toSize(QJsonValue const& value);
 /// Without zero bytes.
 QString toText(QJsonValue const& value);
 std::string toUtf8(QJsonValue const& value);
 bool toBool(QJsonValue const& value);
+/// The number of the word that the value is.
+int toChoice(QJsonValue const& value, QStringList const& words);
 
 } // namespace ztExamples

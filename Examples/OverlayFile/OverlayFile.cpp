@@ -15,7 +15,7 @@ namespace ztExamples
 
 char const overlayFileHelp[] = R"(
 Each overlay is an object with these keys; what is left out has the value in parentheses:
-  contentType             "text" or "image" ("text")
+  contentType             "text", "image" or "guide" ("text")
   text                    what a text shows, lines separated by \n; needed by a text
   image                   path of the picture, relative to the JSON file; needed by an image
   font                    font family of the system (its default)
@@ -29,8 +29,23 @@ Each overlay is an object with these keys; what is left out has the value in par
   anchor                  [x, y]: the point at this fraction of the overlay's size lies on the point at the
                           same fraction of the frame's; [0, 0] is lower left, [1, 1] upper right ([0, 0])
   offset                  [x, y]: shift from there in DPI-independent pixels, x right, y up ([0, 0])
+  padding                 a number or [x, y]: how far the background reaches beyond a text, in DPI-independent
+                          pixels; the anchor holds for the padded box (0)
+  shadow                  {"offset": [x, y], "color": [red, green, blue, alpha]} beneath a text, offset as
+                          above, which is placed as if it had none ({"offset": [1, -1], "color": [0, 0, 0, 1]})
   name                    a name for the overlay
   visible                 true or false (true)
+Pictures of shapes (SVG, where Qt has its plugin) are drawn at the size that they are shown at.
+
+A guide follows the frame's shape in whole pixels. It has a name, visible and these keys:
+  guide                   "letterbox", "safe", "grid", "cross" or "bar"; needed
+  color                   [red, green, blue, alpha] (lines: [1, 1, 1, 1]; letterbox and bar: [0, 0, 0, 1])
+  lineWidth               of safe, grid and cross in DPI-independent pixels (1)
+  aspect                  letterbox: width divided by height of what it leaves free; needed
+  fractions               safe: of the frame's size that each rectangle encloses ([0.9])
+  columns, rows           grid: into how many parts it divides the frame, up to 100 (3)
+  length                  cross: as a fraction of the frame's height (0.1)
+  rectangle               bar: [x, y, width, height] as fractions of the frame, y up; needed
 )";
 
 namespace
@@ -44,48 +59,114 @@ QString toTemplate(QJsonValue const& value)
     return text;
 }
 
-/// The number of the word that the value is.
-osg::Int32 toChoice(QJsonValue const& value, QString const& word0, QString const& word1)
-{
-    expect(value == word0 || value == word1, QString("\"%1\" or \"%2\"").arg(word0, word1), value);
-    return value == word0 ? 0 : 1;
-}
-
 /// Where an overlay file's pictures are and how many pixels they may have.
 struct Source
 {
     QDir folder;
     PixelLimit limit;
+    /// How many rectangles the guides may still have.
+    int rectanglesLeft = 20000;
 };
 
 void readPicture(QJsonValue const& value, Source& source, OverlayEntry& entry)
 {
     entry.imageFile = source.folder.filePath(toText(value));
-    at("can't read " + shown(value),
-       [&] { entry.image = toPixels(PictureFile(entry.imageFile, source.limit).read()); });
+    at("can't read " + shown(value), [&] {
+        if (VectorPicture::isOne(entry.imageFile))
+            entry.vectorPicture.emplace(entry.imageFile);
+        else
+            entry.image = toPixels(PictureFile(entry.imageFile, source.limit).read());
+    });
+}
+
+std::vector<float> toManyFractions(QJsonValue const& value)
+{
+    constexpr int most = 16;
+    QJsonArray const array = value.toArray();
+    expect(!array.isEmpty() && array.size() <= most, QString("an array of 1 to %1 fractions").arg(most), value);
+    std::vector<float> fractions;
+    for (QJsonValue const& fraction : array)
+        fractions.push_back(toFraction(fraction));
+    return fractions;
+}
+
+Shadow toShadow(QJsonValue const& value)
+{
+    expect(value.isObject(), "an object with \"offset\" and \"color\"", value);
+    QJsonObject const object = value.toObject();
+    for (QString const& key : object.keys())
+        if (key != "offset" && key != "color")
+            at(shownKey(key), [&] { complainOfKey(key, {"offset", "color"}); });
+    Shadow shadow;
+    if (object.contains("offset"))
+        at("offset", [&] { shadow.offset = toVector(object["offset"]); });
+    if (object.contains("color"))
+        at("color", [&] { shadow.color = toColor4(object["color"]); });
+    return shadow;
 }
 
 using ReadKey = void (*)(QJsonValue const& value, Source& source, OverlayEntry& entry);
 
-std::map<QString, ReadKey> const& entryKeys()
+/// Kinds of overlays.
+enum Users : unsigned
 {
-    static_assert(osg::Overlay::ContentText == 0 && osg::Overlay::SizeAbsolute == 0);
+    Text = 1,
+    Picture = 2,
+    FirstGuide = 4,
+    Letterbox = FirstGuide << Guide::Letterbox,
+    Safe = FirstGuide << Guide::Safe,
+    Grid = FirstGuide << Guide::Grid,
+    Cross = FirstGuide << Guide::Cross,
+    Bar = FirstGuide << Guide::Bar,
+    Lines = Safe | Grid | Cross,
+    AnyGuide = Lines | Letterbox | Bar,
+    Placed = Text | Picture,
+    Any = Placed | AnyGuide
+};
+
+struct Key
+{
+    unsigned users;
+    ReadKey read;
+};
+
+std::map<QString, Key> const& entryKeys()
+{
+    static_assert(osg::Overlay::ContentText == 0 && osg::Overlay::ContentImage == 1 && contentGuide == 2);
+    static_assert(osg::Overlay::SizeAbsolute == 0 && osg::Overlay::SizeRelative == 1);
+    constexpr int maxParts = 100;
     using Value = QJsonValue const&;
     using Entry = OverlayEntry&;
-    static std::map<QString, ReadKey> const keys = {
-        {"anchor", [](Value v, Source&, Entry e) { e.anchor = toVector(v); }},
-        {"backgroundColor", [](Value v, Source&, Entry e) { e.backgroundColor = toColor3(v); }},
-        {"backgroundTransparency", [](Value v, Source&, Entry e) { e.backgroundTransparency = toTransparency(v); }},
-        {"contentType", [](Value v, Source&, Entry e) { e.contentType = toChoice(v, "text", "image"); }},
-        {"font", [](Value v, Source&, Entry e) { e.font = toUtf8(v); }},
-        {"image", readPicture},
-        {"name", [](Value v, Source&, Entry e) { e.name = toUtf8(v); }},
-        {"offset", [](Value v, Source&, Entry e) { e.offset = toVector(v); }},
-        {"size", [](Value v, Source&, Entry e) { e.size = toSize(v); }},
-        {"sizeMode", [](Value v, Source&, Entry e) { e.sizeMode = toChoice(v, "absolute", "relative"); }},
-        {"text", [](Value v, Source&, Entry e) { e.text = toTemplate(v); }},
-        {"textColor", [](Value v, Source&, Entry e) { e.textColor = toColor4(v); }},
-        {"visible", [](Value v, Source&, Entry e) { e.visible = toBool(v); }},
+    static std::map<QString, Key> const keys = {
+        {"anchor", {Placed, [](Value v, Source&, Entry e) { e.anchor = toVector(v); }}},
+        {"aspect", {Letterbox, [](Value v, Source&, Entry e) { e.guide.aspect = toSize(v); }}},
+        {"backgroundColor", {Placed, [](Value v, Source&, Entry e) { e.backgroundColor = toColor3(v); }}},
+        {"backgroundTransparency",
+         {Placed, [](Value v, Source&, Entry e) { e.backgroundTransparency = toTransparency(v); }}},
+        {"color", {AnyGuide, [](Value v, Source&, Entry e) { e.guide.color = toColor4(v); }}},
+        {"columns", {Grid, [](Value v, Source&, Entry e) { e.guide.columns = toWhole(v, 1, maxParts); }}},
+        {"contentType",
+         {Any,
+          [](Value v, Source&, Entry e) {
+              e.contentType = toChoice(v, {"text", "image", "guide"});
+          }}},
+        {"font", {Placed, [](Value v, Source&, Entry e) { e.font = toUtf8(v); }}},
+        {"fractions", {Safe, [](Value v, Source&, Entry e) { e.guide.fractions = toManyFractions(v); }}},
+        {"guide", {AnyGuide, [](Value v, Source&, Entry e) { e.guide.kind = Guide::Kind(toChoice(v, guideNames())); }}},
+        {"image", {Placed, readPicture}},
+        {"length", {Cross, [](Value v, Source&, Entry e) { e.guide.length = toFraction(v); }}},
+        {"lineWidth", {Lines, [](Value v, Source&, Entry e) { e.guide.lineWidth = toSize(v); }}},
+        {"name", {Any, [](Value v, Source&, Entry e) { e.name = toUtf8(v); }}},
+        {"offset", {Placed, [](Value v, Source&, Entry e) { e.offset = toVector(v); }}},
+        {"padding", {Text, [](Value v, Source&, Entry e) { e.padding = toPadding(v); }}},
+        {"rectangle", {Bar, [](Value v, Source&, Entry e) { e.guide.rectangle = toFractions(v); }}},
+        {"rows", {Grid, [](Value v, Source&, Entry e) { e.guide.rows = toWhole(v, 1, maxParts); }}},
+        {"shadow", {Text, [](Value v, Source&, Entry e) { e.shadow = toShadow(v); }}},
+        {"size", {Placed, [](Value v, Source&, Entry e) { e.size = toSize(v); }}},
+        {"sizeMode", {Placed, [](Value v, Source&, Entry e) { e.sizeMode = toChoice(v, {"absolute", "relative"}); }}},
+        {"text", {Placed, [](Value v, Source&, Entry e) { e.text = toTemplate(v); }}},
+        {"textColor", {Placed, [](Value v, Source&, Entry e) { e.textColor = toColor4(v); }}},
+        {"visible", {Any, [](Value v, Source&, Entry e) { e.visible = toBool(v); }}},
     };
     return keys;
 }
@@ -93,19 +174,52 @@ std::map<QString, ReadKey> const& entryKeys()
 std::vector<std::string> entryKeyNames()
 {
     std::vector<std::string> names;
-    for (auto const& [name, read] : entryKeys())
+    for (auto const& [name, key] : entryKeys())
         names.push_back(name.toStdString());
     return names;
 }
 
-/// What one key asks of another.
-void checkWhole(OverlayEntry const& entry, QJsonObject const& object, QString const& place)
+/// That each key belongs to the kind of overlay.
+void checkKeys(OverlayEntry const& entry, QJsonObject const& object, QString const& place)
 {
-    bool const isText = entry.contentType.value_or(osg::Overlay::ContentText) == osg::Overlay::ContentText;
+    QString const contents[] = {"a text", "an image", "a guide"};
+    osg::Int32 const type = entry.contentType.value_or(osg::Overlay::ContentText);
+    bool const isGuide = type == contentGuide;
+    unsigned const user = isGuide ? unsigned(FirstGuide) << *entry.guide.kind : unsigned(Text) << type;
+    QString const kind = contents[type] + (isGuide ? " \"" + guideNames()[*entry.guide.kind] + "\"" : "");
+    for (QString const& key : object.keys())
+        at(place + "." + key, [&] {
+            if (!(entryKeys().at(key).users & user))
+                complain("no key of " + kind);
+        });
+}
+
+void checkGuide(Guide const& guide, QString const& place, Source& source)
+{
+    auto const expectKey = [&place](bool isThere, QString const& key, QString const& expected) {
+        at(place + "." + key, [&] { expect(isThere, expected, QJsonValue::Undefined); });
+    };
+    expectKey(guide.kind != Guide::Letterbox || guide.aspect, "aspect", "a number above 0");
+    expectKey(guide.kind != Guide::Bar || guide.rectangle, "rectangle", "four numbers from 0 to 1");
+    source.rectanglesLeft -= int(layOut(guide, {1, 1}, {1.0, 1.0}).size());
+    if (source.rectanglesLeft < 0)
+        complain(place + ": the guides of a file may not have so many lines");
+}
+
+/// What one key asks of another.
+void checkWhole(OverlayEntry const& entry, QJsonObject const& object, QString const& place, Source& source)
+{
+    osg::Int32 const type = entry.contentType.value_or(osg::Overlay::ContentText);
+    bool const isText = type == osg::Overlay::ContentText, isPicture = type == osg::Overlay::ContentImage;
     bool const isRelative = entry.sizeMode == osg::Overlay::SizeRelative;
+    bool const isGuide = type == contentGuide;
+    at(place + ".guide", [&] { expect(!isGuide || entry.guide.kind, "a guide's name", QJsonValue::Undefined); });
+    checkKeys(entry, object, place);
+    if (isGuide)
+        checkGuide(entry.guide, place, source);
     at(place + (isText ? ".text" : ".image"), [&] {
         expect(!isText || entry.text, "a string", QJsonValue::Undefined);
-        expect(isText || entry.image, "a path", QJsonValue::Undefined);
+        expect(!isPicture || entry.image || entry.vectorPicture, "a path", QJsonValue::Undefined);
     });
     at(place + ".size", [&] {
         QJsonValue const size = object["size"];
@@ -125,9 +239,9 @@ OverlayEntry toEntry(QJsonValue const& value, QString const& place, Source& sour
             auto const key = entryKeys().find(it.key());
             if (key == entryKeys().end())
                 complainOfKey(it.key(), entryKeyNames());
-            key->second(it.value(), source, entry);
+            key->second.read(it.value(), source, entry);
         });
-    checkWhole(entry, object, place);
+    checkWhole(entry, object, place, source);
     return entry;
 }
 

@@ -7,6 +7,7 @@
 /// \endcode
 #pragma once
 
+#include "Guides.h"
 #include "OSGOverlay.h"
 #include "Picture.h"
 
@@ -20,6 +21,17 @@ namespace ztExamples
 
 /// The keys of an overlay file, for --help.
 extern char const overlayFileHelp[];
+
+/// The `contentType` of a guide: to the library a picture, which is stamped as it is.
+constexpr osg::Int32 contentGuide = 2;
+
+/// Of a text, as if it were painted.
+struct Shadow
+{
+    /// In DPI-independent pixels, x right, y up.
+    osg::Vec2f offset = {1.0f, -1.0f};
+    osg::Color4f color = {0.0f, 0.0f, 0.0f, 1.0f};
+};
 
 /// One element of "overlays", checked. What is empty isn't in the file: the library's default holds.
 struct OverlayEntry
@@ -42,6 +54,12 @@ struct OverlayEntry
     /// In the layout of an osg::Image, see toPixels().
     std::optional<QImage> image;
     QString imageFile;
+    /// Drawn in place of `image`, at the size that it is shown at.
+    std::optional<VectorPicture> vectorPicture;
+    Guide guide;
+    std::optional<Shadow> shadow;
+    /// Of the background around a text, in DPI-independent pixels.
+    std::optional<osg::Vec2f> padding;
 };
 
 /// More characters in a text take more time and memory than any label is worth.

@@ -1,5 +1,6 @@
 #include "Picture.h"
 
+#include <QBuffer>
 #include <QFileInfo>
 
 #include <stdexcept>
@@ -66,6 +67,37 @@ QImage PictureFile::read() const
     return picture;
 }
 
+bool VectorPicture::isOne(QString const& path)
+{
+    return QStringList{"svg", "svgz"}.contains(QFileInfo(path).suffix().toLower());
+}
+
+VectorPicture::VectorPicture(QString const& path)
+{
+    if (!QImageReader::supportedImageFormats().contains("svg"))
+        fail("It takes Qt's SVG plugin, which isn't there");
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        fail(file.errorString());
+    _bytes = file.readAll();
+    QBuffer buffer(&_bytes);
+    _size = QImageReader(&buffer, "svg").size();
+    if (_size.isEmpty())
+        fail("It is no SVG picture");
+}
+
+QImage VectorPicture::draw(QSize const& size) const
+{
+    QBuffer buffer;
+    buffer.setData(_bytes);
+    QImageReader reader(&buffer, "svg");
+    reader.setScaledSize(size);
+    QImage const picture = reader.read();
+    if (picture.isNull())
+        fail(reader.errorString());
+    return picture;
+}
+
 QImage allocated(QImage image)
 {
     if (image.isNull())
@@ -76,6 +108,14 @@ QImage allocated(QImage image)
 QImage toPixels(QImage picture)
 {
     return allocated(std::move(picture).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored());
+}
+
+osg::ImagePtr createImage(QImage const& pixels)
+{
+    auto const image = osg::create<osg::Image>();
+    image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.constBits(),
+               osg::Image::TypeUInt8, true, 1);
+    return image;
 }
 
 osg::ImagePtr createImageOver(QImage& pixels)

@@ -54,6 +54,27 @@ class PictureFile
     QSize _size;
 };
 
+/// A picture of shapes (SVG), which is sharp at any size.
+class VectorPicture
+{
+  public:
+    /// Whether a file is one, by its name.
+    static bool isOne(QString const& path);
+
+    /// \throw std::runtime_error if the file is none or can't be read; what() is the reason
+    explicit VectorPicture(QString const& path);
+
+    /// That it has by itself.
+    QSize size() const { return _size; }
+
+    /// \throw std::runtime_error if it can't be drawn; what() is the reason
+    QImage draw(QSize const& size) const;
+
+  private:
+    QByteArray _bytes;
+    QSize _size;
+};
+
 /// The result of an operation of QImage, which gives a null image where there is no memory for it.
 /// \throw std::bad_alloc for a null image
 QImage allocated(QImage image);
@@ -62,6 +83,9 @@ QImage allocated(QImage image);
 /// gaps.
 /// \throw std::bad_alloc without the memory for it
 QImage toPixels(QImage picture);
+
+/// A new image, its count 0, with a copy of such pixels.
+osg::ImagePtr createImage(QImage const& pixels);
 
 /// A new image, its count 0, that uses the bytes of such pixels in place: they have to outlive it.
 osg::ImagePtr createImageOver(QImage& pixels);

@@ -45,7 +45,7 @@ void requireSafeOutputs(Options const& options, std::vector<OverlayEntry> const&
         uses.emplace(identify(frame.input), "an input");
     uses.emplace(identify(options.overlayFile), "the overlay file");
     for (OverlayEntry const& entry : entries)
-        if (entry.image)
+        if (!entry.imageFile.isEmpty())
             uses.emplace(identify(entry.imageFile), "a picture of the overlay file");
     for (FramePaths const& frame : options.frames)
     {

@@ -63,11 +63,6 @@ bool isShown(osg::NodePtr const& node)
     return node->travMask == osg::Node::AllTravMask;
 }
 
-osg::OverlayPtr overlayOf(osg::NodePtr const& node)
-{
-    return osg::dynamicCast<osg::Overlay>(node->core);
-}
-
 /// The library clears `dirty`, and marks that, once it has brought a picture up to date, a text by rendering it.
 /// Overlays live as long as the list, other containers may not: the mask is looked at first.
 bool isRendering(osg::ChangeList::Entry const& entry)
@@ -145,8 +140,8 @@ void ScreenOverlays::makeDirty()
     countRenderings();
     for (osg::NodePtr const& node : _poolRoot->children)
     {
-        overlayOf(node)->dirty = true;
-        osg::markChanged(node->core, osg::Overlay::DirtyFieldMask);
+        contentOf(node)->dirty = true;
+        osg::markChanged(contentOf(node), osg::Overlay::DirtyFieldMask);
     }
     _changes.clear(); // these are no renderings
 }
@@ -225,7 +220,7 @@ osg::OverlayPtr ScreenOverlays::visibleAt(QPointF const& point) const
     std::vector<osg::NodePtr> nodes;
     std::copy_if(_poolRoot->children.begin(), _poolRoot->children.end(), std::back_inserter(nodes), isShown);
     osg::NodePtr const node = findAt(point, nodes);
-    return node != osg::NullFC ? overlayOf(node) : osg::OverlayPtr();
+    return node != osg::NullFC ? contentOf(node) : osg::OverlayPtr();
 }
 
 void ScreenOverlays::drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile)

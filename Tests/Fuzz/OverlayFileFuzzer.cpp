@@ -18,7 +18,14 @@ namespace
 void check(ztExamples::OverlayEntry const& entry)
 {
     bool const isText = entry.contentType.value_or(0) == osg::Overlay::ContentText;
-    require(isText ? entry.text.has_value() : entry.image.has_value(), "the entry has something to show");
+    bool const isGuide = entry.contentType == ztExamples::contentGuide;
+    require(isText    ? entry.text.has_value()
+            : isGuide ? entry.guide.kind.has_value()
+                      : entry.image || entry.vectorPicture,
+            "the entry has something to show");
+    require(isText || (!entry.shadow && !entry.padding), "only texts have something beneath");
+    for (QRect const& part : isGuide ? layOut(entry.guide, {70, 40}, {1.5, 1.5}) : std::vector<QRect>())
+        require(part.isEmpty() || QRect(0, 0, 70, 40).contains(part), "guides stay in the frame");
     require(!entry.text || (ztExamples::expand(*entry.text, {}) && !entry.text->contains(QChar(0))), "texts expand");
     require(!entry.image || !entry.image->isNull(), "pictures have pixels");
     require(entry.size.value_or(1.0f) > 0.0f && std::isfinite(entry.size.value_or(1.0f)), "a size is above 0");
