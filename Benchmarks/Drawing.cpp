@@ -3,6 +3,7 @@
 #include "OSGMaterialPool.h"
 #include "OSGOpenGLDrawAction.h"
 #include "SurfacelessContext.h"
+#include "ztImage.h"
 #include "ztOpenSGUtils.h"
 #include "ztOverlayUtils.h"
 
@@ -25,8 +26,7 @@ constexpr int width = 1920, height = 1080;
 
 osg::ImagePtr createImage(int columns, int rows, unsigned seed)
 {
-    auto const image = osg::create<osg::Image>();
-    image->set(osg::Image::FormatRGBA, columns, rows, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
+    auto const image = ztImage::create(columns, rows);
     for (osg::UInt8& byte : image->pixels)
         byte = osg::UInt8((seed = seed * 1664525u + 1013904223u) >> 25); // at most 127, and alpha is 255:
     for (std::size_t i = 3; i < image->pixels.size(); i += 4)

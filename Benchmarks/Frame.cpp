@@ -2,6 +2,7 @@
 #include "Allocations.h"
 #include "Benchmark.h"
 #include "OSGMaterialPool.h"
+#include "ztImage.h"
 #include "ztOpenSGUtils.h"
 #include "ztOverlayUtils.h"
 
@@ -153,8 +154,7 @@ void addAndRemove(Scene& scene)
 
 void shareAPicture(Scene& scene)
 {
-    osg::ImagePtr const picture = osg::create<osg::Image>();
-    picture->set(osg::Image::FormatRGBA, 4, 4, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
+    osg::ImagePtr const picture = ztImage::create(4, 4);
     for (NodePtr const& node : scene.root->children)
     {
         OverlayPtr const overlay = Scene::overlayOf(node);

@@ -2,7 +2,7 @@
 /// Pictures for the benchmarks of pixel operations.
 #pragma once
 
-#include "OSGImage.h"
+#include "ztImage.h"
 
 #include <QImage>
 
@@ -31,15 +31,13 @@ inline QImage randomPicture(int width, int height, int alpha = -1)
 /// Makes an image of the library, or one that uses the bytes of a picture in place.
 inline std::shared_ptr<osg::ImagePtr> makeImage(QImage* picture = nullptr)
 {
-    std::shared_ptr<osg::ImagePtr> const held(new osg::ImagePtr(osg::create<osg::Image>()), [](osg::ImagePtr* image) {
-        osg::subRef(*image);
-        delete image;
-    });
-    osg::addRef(*held);
-    if (picture)
-        (*held)->set(osg::Image::FormatRGBA, picture->width(), picture->height(), 1, 1, 1, 0.0, picture->bits(),
-                     osg::Image::TypeUInt8, false, 1);
-    return held;
+    osg::ImagePtr const image =
+        picture ? ztImage::createOver(picture->width(), picture->height(), picture->bits()) : ztImage::create(0, 0);
+    osg::addRef(image);
+    return {new osg::ImagePtr(image), [](osg::ImagePtr* held) {
+                osg::subRef(*held);
+                delete held;
+            }};
 }
 
 } // namespace ztBenchmarks

@@ -1,5 +1,7 @@
 #include "TestSupport.h"
 
+#include "ztImage.h"
+
 #include <map>
 #include <set>
 #include <sstream>
@@ -105,8 +107,7 @@ osg::OverlayPtr SceneTest::makePicture(osg::ImagePtr const& image, float size, i
 
 osg::ImagePtr SceneTest::makeImage(int width, int height, std::array<int, 4> pixel)
 {
-    osg::ImagePtr const image = hold(osg::create<osg::Image>());
-    image->set(osg::Image::FormatRGBA, width, height, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
+    osg::ImagePtr const image = hold(ztImage::create(width, height));
     for (std::size_t i = 0; i < image->pixels.size(); ++i)
         image->pixels[i] = osg::UInt8(pixel[i % 4]);
     return image;

@@ -1,5 +1,6 @@
 // One label onto a picture: 01_Label INPUT OUTPUT
 #include "OSGRefPtr.h"
+#include "ztImage.h"
 #include "ztOverlayUtils.h"
 
 #include <QGuiApplication>
@@ -30,9 +31,7 @@ int main(int argc, char** argv)
 
     // The picture's pixels as the library has them: premultiplied, bottom row first. The image works on them in place.
     QImage pixels = input.convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
-    osg::RefPtr<osg::Image> const image(osg::create<osg::Image>());
-    image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.bits(),
-               osg::Image::TypeUInt8, false, 1);
+    osg::RefPtr<osg::Image> const image(ztImage::createOver(pixels.width(), pixels.height(), pixels.bits()));
 
     ztOverlays::blendOverlaysOntoImage({label}, image, osg::NullFC);
     return pixels.mirrored().save(argv[2]) ? 0 : 1;

@@ -3,6 +3,7 @@
 #include "OSGMaterialPool.h"
 #include "OSGOpenGLDrawAction.h"
 #include "OSGRefPtr.h"
+#include "ztImage.h"
 #include "ztOpenSGUtils.h"
 #include "ztOverlayUtils.h"
 
@@ -56,9 +57,7 @@ void createLogo(osg::NodePtr const& pool, char const* path)
 {
     QImage const pixels = QImage(path).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
     auto const logo = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(pool)->core);
-    osg::setRefdCP(logo->image, osg::create<osg::Image>()); // the overlay holds it from here on
-    logo->image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.bits(),
-                     osg::Image::TypeUInt8, true, 1);
+    osg::setRefdCP(logo->image, ztImage::create(pixels.width(), pixels.height(), pixels.constBits())); // holds it
     logo->contentType = osg::Overlay::ContentImage;
     logo->size = 64.0f; // its height
     logo->anchor = {1.0f, 1.0f};

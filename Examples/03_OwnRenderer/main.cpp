@@ -1,6 +1,7 @@
 // A scene's overlays painted onto a picture: 03_OwnRenderer INPUT LOGO OUTPUT
 #include "OSGMaterialPool.h"
 #include "PainterDrawAction.h"
+#include "ztImage.h"
 #include "ztOpenSGUtils.h"
 #include "ztOverlayUtils.h"
 
@@ -31,9 +32,7 @@ int main(int argc, char** argv)
 
     QImage const pixels = QImage(argv[2]).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
     auto const logo = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(pool)->core);
-    osg::setRefdCP(logo->image, osg::create<osg::Image>()); // the overlay holds it from here on
-    logo->image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.bits(),
-                     osg::Image::TypeUInt8, true, 1);
+    osg::setRefdCP(logo->image, ztImage::create(pixels.width(), pixels.height(), pixels.constBits())); // holds it
     logo->contentType = osg::Overlay::ContentImage;
     logo->size = 21.3f;
     logo->anchor = {1.0f, 1.0f};

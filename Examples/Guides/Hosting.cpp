@@ -4,6 +4,7 @@
 #include "OSGDrawAction.h"
 #include "OSGMaterialPool.h"
 #include "OSGThread.h"
+#include "ztImage.h"
 #include "ztOpenSGUtils.h"
 
 #include <algorithm>
@@ -53,9 +54,7 @@ osg::NodePtr addPicture(QImage const& picture)
 {
     // Premultiplied, bottom row first.
     QImage const pixels = picture.convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
-    osg::ImagePtr const image = osg::create<osg::Image>();
-    image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.constBits(),
-               osg::Image::TypeUInt8, true, 1);
+    osg::ImagePtr const image = ztImage::create(pixels.width(), pixels.height(), pixels.constBits());
 
     osg::NodePtr const node = ztOverlays::createOverlay(ztOverlays::getOverlayPoolRoot());
     osg::OverlayPtr const overlay = overlayOf(node);

@@ -1,5 +1,6 @@
 #include "Guides.h"
 
+#include "ztImage.h"
 #include "ztOpenSGUtils.h"
 
 #include <QRgba64>
@@ -17,10 +18,7 @@ namespace
 /// An image that uses a picture's bytes in place.
 osg::RefPtr<osg::Image> createImageOver(QImage& pixels)
 {
-    osg::RefPtr<osg::Image> image(osg::create<osg::Image>());
-    image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.bits(),
-               osg::Image::TypeUInt8, false, 1);
-    return image;
+    return osg::RefPtr<osg::Image>(ztImage::createOver(pixels.width(), pixels.height(), pixels.bits()));
 }
 //! [image over]
 

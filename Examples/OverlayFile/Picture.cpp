@@ -1,5 +1,7 @@
 #include "Picture.h"
 
+#include "ztImage.h"
+
 #include <QBuffer>
 #include <QFileInfo>
 
@@ -112,18 +114,12 @@ QImage toPixels(QImage picture)
 
 osg::ImagePtr createImage(QImage const& pixels)
 {
-    auto const image = osg::create<osg::Image>();
-    image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.constBits(),
-               osg::Image::TypeUInt8, true, 1);
-    return image;
+    return ztImage::create(pixels.width(), pixels.height(), pixels.constBits());
 }
 
 osg::ImagePtr createImageOver(QImage& pixels)
 {
-    auto const image = osg::create<osg::Image>();
-    image->set(osg::Image::FormatRGBA, pixels.width(), pixels.height(), 1, 1, 1, 0.0, pixels.bits(),
-               osg::Image::TypeUInt8, false, 1);
-    return image;
+    return ztImage::createOver(pixels.width(), pixels.height(), pixels.bits());
 }
 
 } // namespace ztExamples

@@ -1,5 +1,6 @@
 #include "ztImage.h"
 
+#include "OSGRefPtr.h"
 #include "ztNumeric.h"
 #include "ztPixels.h"
 
@@ -32,9 +33,10 @@ bool isPossible(int width, int height)
     return hasPossibleSides(width, height) && std::int64_t(width) * height * channels <= maxBytes;
 }
 
-void setSize(osg::ImagePtr const& image, int width, int height)
+/// \param isCopied  whether the image has bytes of its own
+void setBytes(osg::Image& image, int width, int height, osg::UInt8 const* bytes, bool isCopied)
 {
-    image->set(osg::Image::FormatRGBA, width, height, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
+    image.set(osg::Image::FormatRGBA, width, height, 1, 1, 1, 0.0, bytes, osg::Image::TypeUInt8, isCopied, 1);
 }
 
 ztPixels::Modulation modulationOf(osg::Color4f const& color, float opacity, float additive)
@@ -60,6 +62,20 @@ Span clip(int position, int sourceSize, int targetSize)
 
 } // namespace
 
+osg::ImagePtr create(int width, int height, osg::UInt8 const* bytes)
+{
+    osg::NewPtr<osg::Image> image(osg::create<osg::Image>());
+    setBytes(*image, width, height, bytes, true);
+    return image.release();
+}
+
+osg::ImagePtr createOver(int width, int height, osg::UInt8* bytes)
+{
+    auto const image = osg::create<osg::Image>();
+    setBytes(*image, width, height, bytes, false);
+    return image;
+}
+
 bool scale(osg::ImagePtr const& source, int width, int height, osg::ImagePtr& destination,
            ztImageGenericFilter const& filter)
 {
@@ -75,7 +91,7 @@ bool scale(osg::ImagePtr const& source, int width, int height, osg::ImagePtr& de
                            {filter.support, [&filter](double x) { return filter.filter(x); }});
     }
     destination->pixels.swap(bytes);
-    setSize(destination, possible ? width : 0, possible ? height : 0);
+    setBytes(*destination, possible ? width : 0, possible ? height : 0, nullptr, true);
     osg::markChanged(destination, osg::AllFieldsMask);
     return possible;
 }

@@ -10,6 +10,15 @@
 namespace ztImage
 {
 
+/// A new image, its count 0, of a size in pixels, with bytes of its own: a copy of those at `bytes`, or what comes for
+/// null. Without any if a side is 0 or below.
+/// \throw std::bad_alloc, std::length_error if they can't be had
+ZTOPENSGUTILS_EXPORT osg::ImagePtr create(int width, int height, osg::UInt8 const* bytes = nullptr);
+
+/// A new image, its count 0, of a size in pixels, that uses the caller's bytes in place. They outlive it, and are
+/// written where it is. Without any if they are null or a side is 0 or below.
+ZTOPENSGUTILS_EXPORT osg::ImagePtr createOver(int width, int height, osg::UInt8* bytes);
+
 /// Resamples an image to a size.
 ///
 /// Each of the two directions weighs the source's pixels with the filter around the centre of the new pixel. Where the
