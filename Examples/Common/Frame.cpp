@@ -137,17 +137,37 @@ try
     if (isCut(file.path()))
         throw std::runtime_error("The file is cut off");
     if (QImage pixels = readJpeg(file); !pixels.isNull())
-        return {QImage(), pixels, infoOf(pixels)};
-    QImage picture = file.read();
-    FrameInfo const info = infoOf(picture);
-    if (!picture.hasAlphaChannel())
-        return {QImage(), toPixels(std::move(picture)), info};
-    QImage const original = allocated(std::move(picture).convertToFormat(QImage::Format_RGBA8888));
-    return {original, toPixels(original), info};
+        return {QImage(), pixels, infoOf(pixels), {}};
+    return toFrame(file.read());
 }
 catch (std::runtime_error const& error)
 {
     failToRead(error);
+}
+
+Frame toFrame(QImage picture)
+{
+    FrameInfo const info = infoOf(picture);
+    if (!picture.hasAlphaChannel())
+        return {QImage(), toPixels(std::move(picture)), info, {}};
+    QImage const original = allocated(std::move(picture).convertToFormat(QImage::Format_RGBA8888));
+    return {original, toPixels(original), info, {}};
+}
+
+Frame layerOver(PamPicture picture)
+{
+    QImage layer = allocated({picture.header.width, picture.header.height, QImage::Format_RGBA8888_Premultiplied});
+    layer.fill(0);
+    FrameInfo const info = infoOf(layer);
+    return {QImage(), std::move(layer), info, std::move(picture)};
+}
+
+PamPicture toPam(Frame frame)
+{
+    if (!frame.streamed.samples)
+        return toPam(compose(std::move(frame), "pam"));
+    mergeLayer(frame.pixels, frame.streamed);
+    return std::move(frame.streamed);
 }
 
 void writeFrame(Frame frame, QString const& path, int pngCompression)

@@ -35,6 +35,7 @@ ExitCode fail(char const* program, std::exception const& error)
 
 int runHost(int argc, char** argv, char const* platforms, std::function<ExitCode()> const& work)
 {
+    holdStandardStreams();
     quietenLibraries();
     keepAnyFileName();
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))

@@ -57,6 +57,13 @@ int countThreads(int wanted)
 
 } // namespace
 
+void holdStandardStreams()
+{
+    for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0) // and so the lowest number that is free
+            static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+}
+
 void requireFiles()
 {
     if (countFiles(spareFiles) < spareFiles)

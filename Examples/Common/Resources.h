@@ -5,6 +5,9 @@
 namespace ztExamples
 {
 
+/// Takes the place of standard streams that are closed, so that no file gets what is meant for them: they fail.
+void holdStandardStreams();
+
 /// Requires that some files can be opened: without any, libraries end the process without a word.
 /// \throw std::system_error if not
 void requireFiles();

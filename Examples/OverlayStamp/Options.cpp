@@ -20,6 +20,8 @@ namespace
 
 constexpr int maxJobs = 256;
 
+constexpr char pipe[] = "-";
+
 constexpr char description[] =
     "Stamps labels and pictures onto images. They are read from a JSON file, in which {\"overlays\": [...]}\n"
     "lists them, the topmost first.";
@@ -31,6 +33,14 @@ the number of inputs; {{ and }} are braces.
 An output has 8 bits a channel, and the alpha channel, resolution, colour space and text entries of its input.
 Formats that have no alpha channel (JPEG, BMP, PPM) show transparent pixels over black. An output is written
 whole or not at all. Each frame is reported in a line; several on a terminal in a progress bar.
+
+The pictures of a stream, one behind the other, are PAM (P7, gray or RGB, with or without alpha) or PPM (P6), of
+8 or 16 bits. They leave as they came, in their form and depth, each as soon as it is done; what no overlay covers
+keeps its value, and alpha is straight. Files leave as PAM of 8 bits. The stream ends with the first picture that
+fails. {file} is - for a picture of a stream, and nobody knows {count}:
+
+  ffmpeg -i in.mp4 -f image2pipe -c:v pam - | overlay-stamp --overlays labels.json --output - - |
+    ffmpeg -f image2pipe -c:v pam -framerate 25 -i - out.mp4
 
 A frame takes up to 16 bytes a pixel. Those under way at a time have 2^27 pixels, 2 GiB, together; a larger one
 goes alone. Only without a limit is a picture read whose format doesn't tell its size before it is decoded. A
@@ -55,7 +65,10 @@ void addOptions(QCommandLineParser& parser)
     parser.setApplicationDescription(description);
     parser.addOptions({
         {"overlays", "JSON file with the overlays.", "FILE"},
-        {"output", "Where the stamped image goes; the suffix says the format. One input only.", "FILE"},
+        {"output",
+         "Where the stamped image goes; the suffix says the format. One input only. - is the standard output stream, "
+         "for any number of them.",
+         "FILE"},
         {"output-dir", "Folder for the stamped images, under their inputs' names.", "DIR"},
         {"dpi-scale", "Pixels for each DPI-independent pixel (1).", "S"},
         {"jobs", "How many threads decode and encode (one a processor).", "N"},
@@ -73,7 +86,8 @@ void addOptions(QCommandLineParser& parser)
         {"force", "Let an output replace an input, the JSON file, one of its pictures or, through a link, another "
                   "output."},
     });
-    parser.addPositionalArgument("INPUT", "Images, in the order of the sequence.", "INPUT...");
+    parser.addPositionalArgument(
+        "INPUT", "Images, in the order of the sequence; or - for those of the standard input stream.", "INPUT...");
 }
 
 void applyDpiScale(QString const& text)
@@ -115,14 +129,20 @@ std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
     QStringList const inputs = parser.positionalArguments();
     require(!inputs.isEmpty(), "no input is given");
     require(output.isEmpty() != outputDir.isEmpty(), "one of --output and --output-dir is needed");
-    require(output.isEmpty() || inputs.size() == 1, "--output takes one input; --output-dir takes several");
-    if (!output.isEmpty())
+    require(!inputs.contains(pipe) || (inputs.size() == 1 && output == pipe),
+            "the input - stands alone, with --output -");
+    require(output.isEmpty() || output == pipe || inputs.size() == 1,
+            "--output takes one input; --output-dir takes several");
+    if (!output.isEmpty() && output != pipe)
         requireFormat("output", output);
 
     std::vector<FramePaths> frames;
+    if (inputs.contains(pipe))
+        return frames;
     for (QString const& input : inputs)
         frames.push_back({input, output.isEmpty() ? QDir(outputDir).filePath(QFileInfo(input).fileName()) : output});
-    checkNames(frames);
+    if (output != pipe)
+        checkNames(frames);
     return frames;
 }
 
@@ -141,6 +161,8 @@ Options parseOptions(QStringList const& arguments)
     require(!options.overlayFile.isEmpty(), "--overlays is needed");
     options.frames = parseFrames(parser);
     options.outputDir = valueOf(parser, "output-dir");
+    options.readsPipe = parser.positionalArguments().contains(pipe);
+    options.writesPipe = valueOf(parser, "output") == pipe;
     options.jobs = parseWhole(parser, "jobs", 1, maxJobs, std::clamp(QThread::idealThreadCount(), 1, maxJobs));
     options.pngCompression = parseWhole(parser, "compression", 0, 9, defaultPngCompression);
     if (parser.isSet("dpi-scale"))

@@ -23,6 +23,10 @@ struct Options
 {
     QString overlayFile;
     std::vector<FramePaths> frames;
+    /// Whether the frames are the pictures of the standard input stream, in place of those above.
+    bool readsPipe = false;
+    /// Whether they are written to the standard output stream.
+    bool writesPipe = false;
     /// To be made if it is missing; empty for a single output.
     QString outputDir;
     /// How many threads decode and encode.

@@ -47,7 +47,7 @@ void requireSafeOutputs(Options const& options, std::vector<OverlayEntry> const&
     for (OverlayEntry const& entry : entries)
         if (!entry.imageFile.isEmpty())
             uses.emplace(identify(entry.imageFile), "a picture of the overlay file");
-    for (FramePaths const& frame : options.frames)
+    for (FramePaths const& frame : options.writesPipe ? std::vector<FramePaths>() : options.frames)
     {
         auto const [use, isFree] = uses.emplace(identify(frame.output), "\"" + frame.output + "\" too");
         require(isFree, "\"" + frame.output + "\" is " + use->second + ", which only --force replaces");

@@ -29,13 +29,14 @@ QString toBar(std::size_t part, std::size_t whole)
 
 } // namespace
 
-Report::Report(std::size_t frameCount, bool isQuiet)
-    : _frameCount(frameCount), _hasBar(!isQuiet && frameCount > 1 && isatty(STDERR_FILENO)),
-      _hasLines(!isQuiet && !_hasBar)
+Report::Report(Options const& options)
+    : _frameCount(options.frames.size()), _hasBar(!options.isQuiet && _frameCount > 1 && isatty(STDERR_FILENO)),
+      _hasLines(!options.isQuiet && !_hasBar && !options.writesPipe)
 {
     setLastWords([this] {
         hideProgress();
-        return QString("overlay-stamp: ended early, %1 of %2 frames are done").arg(_done).arg(_frameCount);
+        QString const all = _frameCount > 0 ? QString(" of %1").arg(_frameCount) : QString();
+        return QString("overlay-stamp: ended early, %1%2 frames are done").arg(_done).arg(all);
     });
 }
 
@@ -64,7 +65,7 @@ bool Report::finish()
 {
     hideProgress();
     if (_failed > 0)
-        printError(QString("%1 of %2 frames failed").arg(_failed).arg(_frameCount));
+        printError(QString("%1 of %2 frames failed").arg(_failed).arg(_reported));
     return _failed == 0;
 }
 

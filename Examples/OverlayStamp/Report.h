@@ -10,13 +10,13 @@
 namespace ztExamples
 {
 
-/// Reports on the frames of a sequence as they come: a line each on the standard output stream, or a progress
-/// bar if there are several and the standard error stream is a terminal. Should the process end early, they are
-/// counted.
+/// Reports on the frames of a sequence as they come: a line each on the standard output stream unless pictures go
+/// there, or a progress bar if there are several and the standard error stream is a terminal. Should the process end
+/// early, they are counted.
 class Report
 {
   public:
-    Report(std::size_t frameCount, bool isQuiet);
+    explicit Report(Options const& options);
     Report(Report const&) = delete;
     Report& operator=(Report const&) = delete;
     ~Report();
@@ -31,6 +31,7 @@ class Report
     void showProgress();
     void hideProgress() const;
 
+    /// 0: nobody knows.
     std::size_t _frameCount;
     std::size_t _reported = 0;
     std::atomic<std::size_t> _done = 0;

@@ -1,15 +1,19 @@
 #include "Sequence.h"
 
 #include "Console.h"
-#include "Frame.h"
+#include "Ending.h"
+#include "Host.h"
+#include "Source.h"
 
-#include <QFileInfo>
 #include <QThreadPool>
 
-#include <algorithm>
+#include <condition_variable>
 #include <future>
 #include <memory>
+#include <mutex>
 #include <queue>
+#include <stdexcept>
+#include <thread>
 #include <utility>
 
 namespace ztExamples
@@ -37,119 +41,213 @@ std::future<T> failure()
     return promise.get_future();
 }
 
+/// From one thread to another.
 template <class T>
-T takeFirst(std::queue<T>& queue)
+class Channel
 {
-    T first = std::move(queue.front());
-    queue.pop();
-    return first;
+  public:
+    void push(T value)
+    {
+        std::lock_guard const lock(_mutex);
+        _queue.push(std::move(value));
+        _filled.notify_one();
+    }
+
+    T pop()
+    {
+        std::unique_lock lock(_mutex);
+        _filled.wait(lock, [this] { return !_queue.empty(); });
+        T first = std::move(_queue.front());
+        _queue.pop();
+        return first;
+    }
+
+  private:
+    std::mutex _mutex;
+    std::condition_variable _filled;
+    std::queue<T> _queue;
+};
+
+/// For frames under way.
+class Room
+{
+  public:
+    explicit Room(int maxFrames) : _maxFrames(maxFrames) {}
+
+    /// Waits until there is room. A frame that is too large goes alone, one that doesn't tell its size as well.
+    /// \return how many pixels it takes
+    qint64 enter(std::optional<qint64> pixelCount)
+    {
+        constexpr qint64 maxPixels = 1 << 27; // which take up to 16 bytes for each: 2 GiB
+        qint64 const pixels = pixelCount.value_or(maxPixels);
+        std::unique_lock lock(_mutex);
+        _left.wait(lock, [&] { return _frames == 0 || (_frames < _maxFrames && _pixels + pixels <= maxPixels); });
+        ++_frames;
+        _pixels += pixels;
+        return pixels;
+    }
+
+    void leave(qint64 pixels)
+    {
+        std::lock_guard const lock(_mutex);
+        --_frames;
+        _pixels -= pixels;
+        _left.notify_one();
+    }
+
+  private:
+    std::mutex _mutex;
+    std::condition_variable _left;
+    int _maxFrames;
+    int _frames = 0;
+    qint64 _pixels = 0;
+};
+
+/// Runs a thread's work, without which the others would wait for ever.
+template <class Function>
+void runOrEnd(Function const& work)
+try
+{
+    work();
+}
+catch (std::exception const& error)
+{
+    printError("overlay-stamp: " + reasonOf(error));
+    endProcess(NotAllDone);
 }
 
-/// Of frames under way, which take up to 16 bytes for each: 2 GiB.
-constexpr qint64 maxPixelsUnderWay = 1 << 27;
+void writeToPipe(PamPicture const& picture)
+try
+{
+    writePam(picture, stdout);
+}
+catch (std::runtime_error const& error)
+{
+    throw std::runtime_error(std::string("can't write to the standard output stream: ") + error.what());
+}
 
+struct FrameToStamp
+{
+    FrameNames names;
+    std::optional<qint64> room;
+    std::future<Frame> frame;
+};
+
+struct FrameToFinish
+{
+    FramePaths paths;
+    std::optional<qint64> room;
+    /// Without samples if there is a file of it.
+    std::future<PamPicture> picture;
+};
+
+/// One thread takes the frames from their source, this one stamps them, a third one gives the pictures to a pipe and
+/// reports. What can be done in any order is done by the threads of a pool.
 class Sequence
 {
   public:
     Sequence(Options const& options, Scene& scene, Report& report)
-        : _frames(options.frames), _scene(scene), _report(report), _window(std::size_t(_pool.maxThreadCount()) + 1),
-          _maxPixels(options.maxPixels), _pngCompression(options.pngCompression)
+        : _options(options), _source(createSource(options)), _scene(scene), _report(report),
+          _room(2 * (_pool.maxThreadCount() + 1))
     {
     }
 
     void stampAll()
     {
-        for (std::size_t i = 0; i < _frames.size(); ++i)
-        {
-            while (readAhead(i), _readCount <= i)
-                reportNext();
-            _written.push(stamp(i));
-            if (_written.size() > _window)
-                reportNext();
-        }
-        while (!_written.empty())
-            reportNext();
+        runOrEnd([this] {
+            std::thread taking([this] { runOrEnd([this] { takeAll(); }); });
+            std::thread finishing([this] { runOrEnd([this] { finishAll(); }); });
+            while (std::optional<FrameToStamp> frame = _taken.pop())
+                _stamped.push(stamp(std::move(*frame)));
+            _stamped.push(std::nullopt);
+            taking.join();
+            finishing.join();
+        });
     }
 
   private:
-    /// Starts to read the frames behind one, those that there is room for.
-    void readAhead(std::size_t i)
+    void takeAll()
     {
-        while (_readCount < std::min(i + _window, _frames.size()) && readNext())
-            ++_readCount;
+        while (std::optional<FrameNames> names = _source->next())
+            _taken.push(take(*names));
+        _taken.push(std::nullopt);
     }
 
-    /// \return false without room
-    bool readNext()
-    try
+    FrameToStamp take(FrameNames const& names)
     {
-        if (!_next)
-            _next = std::make_shared<PictureFile>(openFrame(_frames[_readCount].input, _maxPixels));
-        qint64 const pixelCount = _next->size().isEmpty() ? maxPixelsUnderWay : _next->pixelCount();
-        if (_pixelsUnderWay > 0 && _pixelsUnderWay + pixelCount > maxPixelsUnderWay)
-            return false;
-        _read.push(run(_pool, [file = std::exchange(_next, nullptr)] { return readFrame(*file); }));
-        _pixelsUnderWay += pixelCount;
-        _pixelCounts.push(pixelCount);
-        return true;
-    }
-    catch (std::exception const&)
-    {
-        _read.push(failure<Frame>());
-        _pixelCounts.push(0);
-        return true;
-    }
-
-    std::future<void> stamp(std::size_t i)
-    {
+        std::optional<qint64> room;
         try
         {
-            Frame frame = takeFirst(_read).get();
-            _scene.setTexts({QFileInfo(_frames[i].input).fileName(), i + 1, _frames.size(), frame.info});
-            _scene.stamp(frame.pixels, osg::NullFC);
-            return run(_pool,
-                       [frame = std::move(frame), path = _frames[i].output, compression = _pngCompression]() mutable {
-                           writeFrame(std::move(frame), path, compression);
-                       });
+            room = _room.enter(_source->open());
+            return {names, room, run(_pool, _source->take())};
         }
         catch (std::exception const&)
         {
-            return failure<void>();
+            return {names, room, failure<Frame>()};
         }
     }
 
-    void reportNext()
+    FrameToFinish stamp(FrameToStamp taken)
     {
-        FramePaths const& frame = _frames[_reportedCount++];
+        FramePaths const paths = taken.names.paths;
         try
         {
-            takeFirst(_written).get();
-            _report.done(frame);
+            Frame frame = taken.frame.get();
+            taken.names.values.info = frame.info;
+            _scene.setTexts(taken.names.values);
+            _scene.stamp(frame.pixels, osg::NullFC);
+            return {paths, taken.room, run(_pool, [this, paths, frame = std::move(frame)]() mutable {
+                        return encode(std::move(frame), paths.output);
+                    })};
+        }
+        catch (std::exception const&)
+        {
+            return {paths, taken.room, failure<PamPicture>()};
+        }
+    }
+
+    /// \return the picture for the pipe if there is one
+    PamPicture encode(Frame frame, QString const& path) const
+    {
+        if (_options.writesPipe)
+            return toPam(std::move(frame));
+        writeFrame(std::move(frame), path, _options.pngCompression);
+        return {};
+    }
+
+    void finishAll()
+    {
+        while (std::optional<FrameToFinish> frame = _stamped.pop())
+            finish(std::move(*frame));
+    }
+
+    void finish(FrameToFinish frame)
+    {
+        try
+        {
+            PamPicture const picture = frame.picture.get();
+            if (picture.samples)
+                writeToPipe(picture);
+            _report.done(frame.paths);
         }
         catch (std::exception const& reason)
         {
-            _report.failed(frame, reasonOf(reason));
+            _report.failed(frame.paths, reasonOf(reason));
+            if (_options.writesPipe) // where one that is missing would shift the others
+                endProcess(NotAllDone);
         }
-        _pixelsUnderWay -= takeFirst(_pixelCounts);
+        if (frame.room)
+            _room.leave(*frame.room);
     }
 
     QThreadPool& _pool = *QThreadPool::globalInstance();
-    std::vector<FramePaths> const& _frames;
+    Options const& _options;
+    std::unique_ptr<Source> _source;
     Scene& _scene;
     Report& _report;
-    /// How many frames at most are read and not stamped, and how many stamped and not written.
-    std::size_t _window;
-    qint64 _maxPixels;
-    int _pngCompression;
-    std::size_t _readCount = 0;
-    std::size_t _reportedCount = 0;
-    std::queue<std::future<Frame>> _read;
-    std::queue<std::future<void>> _written;
-    /// The next frame to read, if it is open.
-    std::shared_ptr<PictureFile> _next;
-    /// Of the frames that are read and not reported.
-    std::queue<qint64> _pixelCounts;
-    qint64 _pixelsUnderWay = 0;
+    Room _room;
+    Channel<std::optional<FrameToStamp>> _taken;
+    Channel<std::optional<FrameToFinish>> _stamped;
 };
 
 } // namespace

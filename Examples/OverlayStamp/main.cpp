@@ -40,7 +40,7 @@ ExitCode stamp(Options const& options)
         requireSafeOutputs(options, entries);
     Scene scene(entries, options.maxPixels);
     makeFolder(options.outputDir);
-    Report report(options.frames.size(), options.isQuiet);
+    Report report(options);
     stampSequence(options, scene, report);
     return report.finish() ? AllDone : NotAllDone;
 }

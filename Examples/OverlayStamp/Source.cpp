@@ -1,0 +1,107 @@
+#include "Source.h"
+
+#include <QFileInfo>
+
+#include <stdexcept>
+#include <utility>
+
+namespace ztExamples
+{
+
+namespace
+{
+
+class Files : public Source
+{
+  public:
+    explicit Files(Options const& options) : _options(options) {}
+
+    std::optional<FrameNames> next() override
+    {
+        std::size_t const count = _options.frames.size();
+        if (_index == count)
+            return std::nullopt;
+        FramePaths const& paths = _options.frames[_index++];
+        return FrameNames{paths, {QFileInfo(paths.input).fileName(), _index, count, {}}};
+    }
+
+    std::optional<qint64> open() override
+    {
+        _file = std::make_shared<PictureFile>(openFrame(_options.frames[_index - 1].input, _options.maxPixels));
+        return _file->size().isEmpty() ? std::nullopt : std::optional(_file->pixelCount());
+    }
+
+    std::function<Frame()> take() override
+    {
+        return [file = std::exchange(_file, nullptr)] { return readFrame(*file); };
+    }
+
+  private:
+    Options const& _options;
+    std::size_t _index = 0;
+    std::shared_ptr<PictureFile> _file;
+};
+
+/// The pictures of the standard input stream, to the end or the first wrong one.
+class Pipe : public Source
+{
+  public:
+    explicit Pipe(Options const& options) : _options(options) {}
+
+    std::optional<FrameNames> next() override
+    {
+        if (_isBroken || (_index > 0 && isAtEnd(stdin)))
+            return std::nullopt;
+        ++_index;
+        return FrameNames{{"-", "-"}, {"-", _index, 0, {}}};
+    }
+
+    std::optional<qint64> open() override
+    {
+        orBreak([this] {
+            if (isAtEnd(stdin))
+                throw std::runtime_error("There is none");
+            _header = readPamHeader(stdin);
+            PixelLimit(_options.maxPixels).add(_header.width, _header.height);
+        });
+        return qint64(_header.width) * _header.height;
+    }
+
+    std::function<Frame()> take() override
+    {
+        auto const picture = std::make_shared<PamPicture>();
+        orBreak([&] { *picture = readPamSamples(_header, stdin); });
+        return [picture] { return layerOver(std::move(*picture)); };
+    }
+
+  private:
+    template <class Function>
+    void orBreak(Function const& function)
+    {
+        try
+        {
+            function();
+        }
+        catch (std::runtime_error const& error)
+        {
+            _isBroken = true;
+            throw std::runtime_error("can't read picture " + std::to_string(_index) + ": " + error.what());
+        }
+    }
+
+    Options const& _options;
+    std::size_t _index = 0;
+    bool _isBroken = false;
+    PamHeader _header;
+};
+
+} // namespace
+
+std::unique_ptr<Source> createSource(Options const& options)
+{
+    if (options.readsPipe)
+        return std::make_unique<Pipe>(options);
+    return std::make_unique<Files>(options);
+}
+
+} // namespace ztExamples
