@@ -183,7 +183,7 @@ void Scene::stamp(QImage& pixels, osg::ViewportPtr const& viewport)
 {
     PixelLimit limit(_maxPixels);
     for (Item& item : _items)
-        if (item.node->travMask == 0xFFFFFFFF)
+        if (item.node->travMask == osg::Node::AllTravMask)
             at(item.entry.place, [&] {
                 if (item.entry.image && !isText(*overlayOf(item.node)))
                     requireSize(*overlayOf(item.node), pixels.height(), _maxPixels);
@@ -193,6 +193,25 @@ void Scene::stamp(QImage& pixels, osg::ViewportPtr const& viewport)
     ztOverlays::getAllVisibleOverlays(visible);
     osg::RefPtr<osg::Image> const image(createImageOver(pixels));
     ztOverlays::blendOverlaysOntoImage(visible, image, viewport);
+}
+
+void Scene::drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile)
+{
+    auto const camera = osg::create<osg::TileCameraDecorator>();
+    camera->fullWidth = picture.width();
+    camera->fullHeight = picture.height();
+    camera->left = float(tile.x()) / float(picture.width());
+    camera->right = float(tile.x() + tile.width()) / float(picture.width());
+    camera->bottom = float(tile.y()) / float(picture.height());
+    camera->top = float(tile.y() + tile.height()) / float(picture.height());
+
+    osg::RefPtr<osg::Viewport> const viewport(osg::create<osg::Viewport>());
+    osg::setRefdCP(viewport->camera, camera);
+    viewport->pixelWidth = tile.width();
+    viewport->pixelHeight = tile.height();
+    layOut(picture);
+    osg::DrawFrame const frame(action);
+    ztOverlays::drawOverlays(&action, viewport.get());
 }
 
 } // namespace ztExamples

@@ -3,8 +3,11 @@
 #pragma once
 
 #include "MadePictures.h"
+#include "OSGDrawAction.h"
 #include "OSGViewport.h"
 #include "Placeholders.h"
+
+#include <QRect>
 
 namespace ztExamples
 {
@@ -33,6 +36,10 @@ class Scene
     /// \param viewport  for which the overlays are laid out afterwards, or null
     /// \throw std::runtime_error if one is too large; what() names it
     void stamp(QImage& pixels, osg::ViewportPtr const& viewport);
+
+    /// Lays the overlays out for a picture and draws a tile of it.
+    /// \throw std::runtime_error if one is too large; what() names it
+    void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile);
 
   private:
     struct Item

@@ -223,25 +223,6 @@ osg::OverlayPtr ScreenOverlays::visibleAt(QPointF const& point) const
     return node != osg::NullFC ? contentOf(node) : osg::OverlayPtr();
 }
 
-void ScreenOverlays::drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile)
-{
-    auto const camera = osg::create<osg::TileCameraDecorator>();
-    camera->fullWidth = picture.width();
-    camera->fullHeight = picture.height();
-    camera->left = float(tile.x()) / float(picture.width());
-    camera->right = float(tile.x() + tile.width()) / float(picture.width());
-    camera->bottom = float(tile.y()) / float(picture.height());
-    camera->top = float(tile.y() + tile.height()) / float(picture.height());
-
-    osg::RefPtr<osg::Viewport> const viewport(osg::create<osg::Viewport>());
-    osg::setRefdCP(viewport->camera, camera);
-    viewport->pixelWidth = tile.width();
-    viewport->pixelHeight = tile.height();
-    _scene->layOut(picture);
-    osg::DrawFrame const frame(action);
-    ztOverlays::drawOverlays(&action, viewport.get());
-}
-
 void moveTo(osg::OverlayPtr const& overlay, osg::Vec2f const& offset)
 {
     overlay->offset = offset;

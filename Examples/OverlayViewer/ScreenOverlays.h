@@ -3,12 +3,10 @@
 #pragma once
 
 #include "OSGChangeList.h"
-#include "OSGDrawAction.h"
 #include "OSGRefPtr.h"
 #include "Scene.h"
 
 #include <QPointF>
-#include <QRect>
 
 #include <optional>
 
@@ -33,6 +31,8 @@ class ScreenOverlays
     /// Replaces the placeholders in the file's texts anew.
     void setTexts(Placeholders const& values);
 
+    /// To be asked for anew after load().
+    Scene& scene() { return *_scene; }
     osg::ViewportPtr const& viewport() const { return _viewport; }
 
     /// Renders and places what has changed, for a window of a size.
@@ -56,12 +56,6 @@ class ScreenOverlays
 
     /// The topmost overlay at a point of the layout that is shown, or null.
     osg::OverlayPtr visibleAt(QPointF const& point) const;
-
-    /// Stamps what is shown onto a picture, see Scene::stamp().
-    void stamp(QImage& pixels) { _scene->stamp(pixels, _viewport); }
-
-    /// Lays the overlays out for a picture and draws a tile of it.
-    void drawTile(osg::DrawActionBase& action, QSize const& picture, QRect const& tile);
 
   private:
     /// Makes the scene of the entries.

@@ -204,7 +204,7 @@ void ViewerWindow::saveStamped()
 {
     save("stamped", [this](QSize const& size) {
         QImage picture = renderPicture(size, [&](QRect const& tile) { drawMesh(size, tile); });
-        _overlays.stamp(picture);
+        _overlays.scene().stamp(picture, _overlays.viewport());
         return picture;
     });
 }
@@ -214,7 +214,7 @@ void ViewerWindow::saveTiled()
     save("tiled", [this](QSize const& size) {
         return renderPicture(size, [&](QRect const& tile) {
             drawMesh(size, tile);
-            _overlays.drawTile(_action, size, tile);
+            _overlays.scene().drawTile(_action, size, tile);
         });
     });
 }
