@@ -77,6 +77,14 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
         {"LABELS OUT --compression 10 frame.png", "--compression: expected a whole number from 0 to 9, got \"10\""},
         {"LABELS OUT --max-pixels 1e9 frame.png",
          "--max-pixels: expected a whole number from 0 to 2147483647, got \"1e9\""},
+        {"LABELS OUT --fps 29.9 frame.png", "--fps: expected a rate such as 24, 23.976 or 29.97, got \"29.9\""},
+        {"LABELS OUT --start 01:00:00:00 frame.png", "--start needs --fps"},
+        {"LABELS OUT --fps 25 --start 01:00:00:25 frame.png",
+         "--start: expected a timecode of 25 frames a second, got \"01:00:00:25\""},
+        {"LABELS OUT --now noon frame.png", "--now: expected a time such as 2026-01-31T12:00:00, got \"noon\""},
+        {"LABELS OUT --set Shot frame.png", "--set: expected NAME=VALUE, got \"Shot\""},
+        {"LABELS OUT --set A=1 --set A=2 frame.png", "--set: \"A\" is given twice"},
+        {"LABELS OUT --allow-env NOT_THERE frame.png", "--allow-env: the environment has no \"NOT_THERE\""},
     };
     for (auto const& [arguments, complaint] : rows)
         expectComplaint(complete(arguments), "overlay-stamp: " + complaint + " (see --help)");
@@ -92,7 +100,7 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongInTheOverlayFile)
 {
     auto const expectComplaintOf = [this](QByteArray const& json, std::string const& complaint) {
         write("labels.json", json);
-        expectComplaint("--overlays labels.json --output-dir out frame.png", "labels.json: " + complaint);
+        expectComplaint("--overlays labels.json --set Shot=1 --output-dir out frame.png", "labels.json: " + complaint);
     };
     std::pair<QByteArray, char const*> const files[] = {
         {"[1]", R"(expected an object with the key "overlays", got [1])"},
@@ -141,8 +149,14 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongInTheOverlayFile)
         {R"("text":"a","sizeMode":"relative")", "size: expected a fraction of the frame's height, got nothing"},
         {R"("visible":0)", "visible: expected true or false, got 0"},
         {R"("text":"a\u0000b")", R"(text: expected a string without zero bytes, got "a\u0000b")"},
-        {R"("text":"{Index}")",
-         R"(text: expected {file}, {index} or {count}, and {{ or }} for a brace, got "{Index}")"},
+        {R"("text":"{Index}")", R"(text: unknown placeholder "{Index}", did you mean {index}?)"},
+        {R"("text":"a } b")", R"(text: expected {{ or }} for a brace, got "a } b")"},
+        {R"("text":"{frame:4}")", "text: {frame:4}: expected a shift, a width in zeros or both, as in {frame+1000:04}"},
+        {R"("text":"{timecode:04}")", "text: {timecode:04}: expected a shift at most, as in {timecode-1001}"},
+        {R"("text":"{stem+1}")", "text: {stem+1}: expected nothing behind the name"},
+        {R"("text":"{meta}")", "text: {meta}: expected a name, as in {meta:Camera} or {meta:Camera|unknown}"},
+        {R"("text":"{set:shot}")", "text: {set:shot} needs --set shot=VALUE, did you mean {set:Shot}?"},
+        {R"("text":"{env:HOME}")", "text: {env:HOME} needs --allow-env HOME"},
         {R"("font":[")" + QByteArray(61, '1') + "\"]",
          "font: expected a string, got [\"" + std::string(58, '1') + "..."},
         {R"("text":"a","font":"DejaVv Sanz")",
@@ -356,20 +370,98 @@ TEST_F(OverlayStamp, PutsPicturesWhereTheEntriesSayTheFirstOnTop)
     EXPECT_EQ(scaled, expected(2, scaled.copy(60 - 14, 40 - 10, 6, 4))) << "but for the logo, which is resampled";
 }
 
+TEST(Timecode, KeepsUpWithTheClock)
+{
+    std::tuple<char const*, qint64, char const*> const rows[] = {
+        {"24", 86399, "00:59:59:23"},    {"23.976", 86400, "01:00:00:00"}, {"25", -1, "23:59:59:24"},
+        {"29.97", 1799, "00:00:59;29"},  {"29.97", 1800, "00:01:00;02"},   {"29.97", 17981, "00:09:59;29"},
+        {"29.97", 17982, "00:10:00;00"}, {"29.97", 107892, "01:00:00;00"}, {"29.97", 2589407, "23:59:59;29"},
+        {"59.94", 3599, "00:00:59;59"},  {"59.94", 3600, "00:01:00;04"},   {"59.94", 215784, "01:00:00;00"},
+        {"119.88", 7200, "00:01:00;08"}, {"30", 107892, "00:59:56:12"},    {"120", 119, "00:00:00:119"},
+    };
+    for (auto const& [rate, frame, timecode] : rows)
+    {
+        auto const parsed = ztExamples::parseFrameRate(rate);
+        EXPECT_EQ(ztExamples::toTimecode(frame, *parsed).toStdString(), timecode) << rate;
+        EXPECT_EQ((*ztExamples::parseTimecode(timecode, *parsed) - frame) % 86400, 0) << rate << timecode;
+    }
+    for (char const* dropped : {"00:01:00;00", "00:01:00:01", "00:00:00;30", "24:00:00;00", "0:00:00;00"})
+        EXPECT_FALSE(ztExamples::parseTimecode(dropped, {30, 2})) << dropped;
+    EXPECT_FALSE(ztExamples::parseTimecode("00:00:00;00", {30, 0}));
+}
+
+TEST(Placeholders, StandForWhatAFrameIs)
+{
+    ztExamples::RunValues run;
+    run.now = QDateTime({2026, 1, 4}, {9, 5, 7});
+    run.settings = {{"Shot", "{x}"}};
+    run.environment = {{"USER", "me"}};
+    ztExamples::Placeholders frame{"/a/seq/sh02.0017.v3.exr", 2, 10, {{640, 480}, {{"Camera", "A"}}}, {}};
+    frame.info.metadata["smpte:TimeCode"] = "10:00:00:00";
+    auto const expanded = [&](char const* text) -> std::string {
+        try
+        {
+            return expand(ztExamples::parseTemplate(text, run), frame).toStdString();
+        }
+        catch (std::runtime_error const& error)
+        {
+            return error.what();
+        }
+    };
+    std::pair<char const*, char const*> const rows[] = {
+        {"{{{file}}} {stem} {ext} {folder}", "{sh02.0017.v3.exr} sh02.0017.v3 exr seq"},
+        {"{index:03}/{count} {width}x{height}", "002/10 640x480"},
+        {"{frame} {frame:04} {frame+1000} {frame-10:05}", "3 0003 1003 -0007"},
+        {"{date} {time} {date:%a %e.%m.%y %j} {time:%Hh%M}", "2026-01-04 09:05:07 Sun  4.01.26 004 09h05"},
+        {"{meta:Camera} {meta:Lens|} {meta:Lens|a|b}", "A  a|b"},
+        {"{meta:Camra}", "{meta:Camra}: the file has no such entry, did you mean {meta:Camera}?"},
+        {"{set:Shot} {env:USER}", "{x} me"},
+        {"{timecode}", "10:00:00:00"},
+        {"{timecode+1}", "{timecode+1} needs --fps"},
+        {"{time:%Q}",
+         "{time:%Q}: expected a format of %a %A %b %B %d %e %F %G %H %I %j %m %M %p %R %S %T %u %V %y %Y %%, "
+         "as in {time:%H:%M:%S}"},
+    };
+    for (auto const& [text, result] : rows)
+        EXPECT_EQ(expanded(text), result);
+    run.rate = ztExamples::parseFrameRate("24");
+    run.start = 86400;
+    frame.frame = 1003;
+    EXPECT_EQ(expanded("{frame} {timecode} {timecode-1001}"), "1003 01:00:41:19 01:00:00:02");
+    frame = {"a.exr"};
+    EXPECT_EQ(expanded("{timecode}"), "{timecode} needs a number in the file's name");
+    EXPECT_EQ(expanded("{width}"), "the frame's size isn't known");
+}
+
 TEST_F(OverlayStamp, ReplacesPlaceholdersInEachFrame)
 {
     ASSERT_TRUE(QDir().mkdir("sub"));
-    writePicture("sub/b.png", Qt::gray, {60, 40});
-    QByteArray const texts[] = {"{file} {index}/{count} {{}}", "frame.png 1/2 {{}}", "b.png 2/2 {{}}"};
-    for (int i = 0; i < 3; ++i)
+    writePicture("frame.png", Qt::gray, {600, 20});
+    QImage second("frame.png");
+    second.setText("Lens", "35 mm");
+    ASSERT_TRUE(second.save("sub/b.17.png"));
+    _environment.insert("SOURCE_DATE_EPOCH", "86400");
+    _environment.insert("ZT_A", "7");
+    QByteArray const texts[] = {"{file} {index}/{count} {width} {date} {set:S} {env:ZT_A} {meta:Lens|none} {}",
+                                "frame.png 1/2 600 1970-01-02 s=s 7 none {}",
+                                "b.17.png 2/2 600 1970-01-02 s=s 7 35 mm {}", "{file} {timecode}",
+                                "b.17.png 01:00:00:17"};
+    for (int i = 0; i < 5; ++i)
     {
-        writeLabels(R"({"font": "DejaVu Sans", "size": 5, "text": ")" + texts[i] + "\"}");
-        EXPECT_EQ(run(QString("--overlays labels.json --output-dir %1 --quiet frame.png sub/b.png").arg(i)),
-                  Outcome(0, "", ""));
+        writeLabels(R"({"font": "DejaVu Sans", "size": 6, "text": ")" + QByteArray(texts[i]).replace(" {}", " {{}}") +
+                    "\"}");
+        EXPECT_EQ(std::get<2>(run(QString("--overlays labels.json --set S=s=s --allow-env ZT_A --fps 24 "
+                                          "--start 01:00:00:00 --output-dir %1 --quiet frame.png sub/b.17.png")
+                                      .arg(i))),
+                  i != 3 ? ""
+                         : "frame.png: labels.json: overlays[0].text: {timecode} needs a number in the file's name\n"
+                           "1 of 2 frames failed\n");
     }
     EXPECT_EQ(QImage("0/frame.png"), QImage("1/frame.png"));
-    EXPECT_EQ(QImage("0/b.png"), QImage("2/b.png"));
-    EXPECT_NE(QImage("0/frame.png"), QImage("0/b.png"));
+    EXPECT_EQ(QImage("0/b.17.png"), QImage("2/b.17.png"));
+    EXPECT_EQ(QImage("3/b.17.png"), QImage("4/b.17.png"));
+    EXPECT_NE(QImage("0/frame.png"), QImage("0/b.17.png"));
+    EXPECT_NE(QImage("1/b.17.png"), QImage("2/b.17.png"));
 }
 
 TEST_F(OverlayStamp, KeepsAlphaAndMetadata)

@@ -41,7 +41,7 @@ osg::NodePtr createRoot()
 bool hasNothingToShow(OverlayEntry const& entry)
 {
     return entry.contentType.value_or(osg::Overlay::ContentText) == osg::Overlay::ContentText &&
-           entry.text.value_or("").isEmpty();
+           entry.text.value_or(Template()).empty();
 }
 
 bool isText(osg::Overlay const& overlay)
@@ -147,11 +147,13 @@ void Scene::setTexts(Placeholders const& values)
     {
         if (!item.entry.text)
             continue;
-        QString const expanded = *expand(*item.entry.text, values);
-        if (expanded.size() > maxTextLength)
-            throw std::runtime_error(item.entry.place.toStdString() + ".text: has " + std::to_string(expanded.size()) +
-                                     " characters in place of " + std::to_string(maxTextLength) + " at most");
-        setText(contentOf(item.node), expanded.toStdString());
+        at(item.entry.place + ".text", [&] {
+            QString const text = expand(*item.entry.text, values);
+            if (text.size() > maxTextLength)
+                throw std::runtime_error("has " + std::to_string(text.size()) + " characters in place of " +
+                                         std::to_string(maxTextLength) + " at most");
+            setText(contentOf(item.node), text.toStdString());
+        });
     }
 }
 

@@ -24,7 +24,7 @@ class Scene
     ~Scene();
 
     /// Replaces the placeholders in the texts of all entries.
-    /// \throw std::runtime_error if a text gets too long; what() names it
+    /// \throw std::runtime_error if there is no value for a placeholder or a text gets too long; what() names it
     void setTexts(Placeholders const& values);
 
     /// Renders and places all overlays, hidden ones too, for a target of a size.

@@ -1,7 +1,6 @@
 #include "OverlayFile.h"
 
 #include "Json.h"
-#include "Placeholders.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -51,22 +50,22 @@ A guide follows the frame's shape in whole pixels. It has a name, visible and th
 namespace
 {
 
-QString toTemplate(QJsonValue const& value)
-{
-    QString const text = toText(value);
-    expect(text.size() <= maxTextLength, QString("%1 characters at most").arg(maxTextLength), value);
-    expect(expand(text, {}).has_value(), "{file}, {index} or {count}, and {{ or }} for a brace", value);
-    return text;
-}
-
-/// Where an overlay file's pictures are and how many pixels they may have.
+/// Where an overlay file's pictures are, how many pixels they may have, and what placeholders stand for.
 struct Source
 {
     QDir folder;
     PixelLimit limit;
+    RunValues const& run;
     /// How many rectangles the guides may still have.
     int rectanglesLeft = 20000;
 };
+
+Template toTemplate(QJsonValue const& value, RunValues const& run)
+{
+    QString const text = toText(value);
+    expect(text.size() <= maxTextLength, QString("%1 characters at most").arg(maxTextLength), value);
+    return parseTemplate(text, run);
+}
 
 void readPicture(QJsonValue const& value, Source& source, OverlayEntry& entry)
 {
@@ -164,7 +163,7 @@ std::map<QString, Key> const& entryKeys()
         {"shadow", {Text, [](Value v, Source&, Entry e) { e.shadow = toShadow(v); }}},
         {"size", {Placed, [](Value v, Source&, Entry e) { e.size = toSize(v); }}},
         {"sizeMode", {Placed, [](Value v, Source&, Entry e) { e.sizeMode = toChoice(v, {"absolute", "relative"}); }}},
-        {"text", {Placed, [](Value v, Source&, Entry e) { e.text = toTemplate(v); }}},
+        {"text", {Placed, [](Value v, Source& s, Entry e) { e.text = toTemplate(v, s.run); }}},
         {"textColor", {Placed, [](Value v, Source&, Entry e) { e.textColor = toColor4(v); }}},
         {"visible", {Any, [](Value v, Source&, Entry e) { e.visible = toBool(v); }}},
     };
@@ -262,13 +261,13 @@ std::vector<OverlayEntry> toEntries(QJsonObject const& top, Source source)
 
 } // namespace
 
-std::vector<OverlayEntry> readOverlayFile(QString const& path, qint64 maxPixels)
+std::vector<OverlayEntry> readOverlayFile(QString const& path, qint64 maxPixels, RunValues const& run)
 {
     std::vector<OverlayEntry> entries;
     at(path, [&] {
         QJsonValue const top = readJson(path);
         expect(top.isObject(), "an object with the key \"overlays\"", top);
-        entries = toEntries(top.toObject(), {QFileInfo(path).dir(), PixelLimit(maxPixels)});
+        entries = toEntries(top.toObject(), {QFileInfo(path).dir(), PixelLimit(maxPixels), run});
     });
     for (OverlayEntry& entry : entries)
         entry.place = path + ": " + entry.place;

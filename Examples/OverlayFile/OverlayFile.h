@@ -10,6 +10,7 @@
 #include "Guides.h"
 #include "OSGOverlay.h"
 #include "Picture.h"
+#include "Placeholders.h"
 
 #include <QString>
 
@@ -41,8 +42,7 @@ struct OverlayEntry
     std::optional<std::string> name;
     std::optional<bool> visible;
     std::optional<osg::Int32> contentType;
-    /// With placeholders that expand().
-    std::optional<QString> text;
+    std::optional<Template> text;
     std::optional<std::string> font;
     std::optional<osg::Color4f> textColor;
     std::optional<osg::Color3f> backgroundColor;
@@ -67,8 +67,10 @@ constexpr int maxTextLength = 100000;
 
 /// The entries of an overlay file, with their pictures, whose paths are relative to the file.
 /// \param maxPixels  how many pixels the pictures may have together
+/// \param run  values of placeholders
 /// \throw std::runtime_error if the file or a picture can't be read or anything in it isn't as it should be;
 ///     what() is a line that names file, key, value and what was expected
-std::vector<OverlayEntry> readOverlayFile(QString const& path, qint64 maxPixels = defaultMaxPixels);
+std::vector<OverlayEntry> readOverlayFile(QString const& path, qint64 maxPixels = defaultMaxPixels,
+                                          RunValues const& run = {});
 
 } // namespace ztExamples

@@ -27,9 +27,6 @@ constexpr char description[] =
     "lists them, the topmost first.";
 
 constexpr char details[] = R"(
-In a text, {file} stands for the input's name without folder, {index} for its number from 1 and {count} for
-the number of inputs; {{ and }} are braces.
-
 An output has 8 bits a channel, and the alpha channel, resolution, colour space and text entries of its input.
 Formats that have no alpha channel (JPEG, BMP, PPM) show transparent pixels over black. An output is written
 whole or not at all. Each frame is reported in a line; several on a terminal in a progress bar.
@@ -82,6 +79,11 @@ void addOptions(QCommandLineParser& parser)
                  "JSON file names, and all texts of a frame as they are rendered (%1). 0 is no limit.")
              .arg(defaultMaxPixels),
          "N"},
+        {"fps", "Frames a second for {timecode}: a whole number, 23.976, 29.97 or their doubles.", "RATE"},
+        {"start", "Timecode of frame 0 (00:00:00:00).", "HH:MM:SS:FF"},
+        {"now", "The time for {date} and {time} (SOURCE_DATE_EPOCH or the clock's).", "2026-01-31T12:00:00"},
+        {"set", "The value for {set:NAME}; several times for several names.", "NAME=VALUE"},
+        {"allow-env", "Let {env:NAME} stand for this environment variable; several times for several.", "NAME"},
         {"quiet", "Report errors only."},
         {"force", "Let an output replace an input, the JSON file, one of its pictures or, through a link, another "
                   "output."},
@@ -110,6 +112,66 @@ int parseWhole(QCommandLineParser const& parser, QString const& option, int leas
         isNumber && value >= least && value <= most,
         QString("--%1: expected a whole number from %2 to %3, got \"%4\"").arg(option).arg(least).arg(most).arg(text));
     return value;
+}
+
+QDateTime parseNow(QCommandLineParser const& parser)
+{
+    QString const now = valueOf(parser, "now");
+    if (!now.isEmpty())
+    {
+        QDateTime const time = QDateTime::fromString(now, Qt::ISODate);
+        require(time.isValid(), "--now: expected a time such as 2026-01-31T12:00:00, got \"" + now + "\"");
+        return time;
+    }
+    if (!qEnvironmentVariableIsSet("SOURCE_DATE_EPOCH"))
+        return QDateTime::currentDateTime();
+    QString const epoch = qEnvironmentVariable("SOURCE_DATE_EPOCH");
+    bool isNumber;
+    QDateTime const time = QDateTime::fromSecsSinceEpoch(epoch.toLongLong(&isNumber), Qt::UTC);
+    require(isNumber && time.isValid(), "SOURCE_DATE_EPOCH: expected seconds, got \"" + epoch + "\"");
+    return time;
+}
+
+std::map<QString, QString> parseSettings(QStringList const& settings)
+{
+    std::map<QString, QString> values;
+    for (QString const& setting : settings)
+    {
+        int const end = int(setting.indexOf('='));
+        require(end > 0, "--set: expected NAME=VALUE, got \"" + setting + "\"");
+        bool const isNew = values.emplace(setting.left(end), setting.mid(end + 1)).second;
+        require(isNew, "--set: \"" + setting.left(end) + "\" is given twice");
+    }
+    return values;
+}
+
+std::map<QString, QString> readEnvironment(QStringList const& names)
+{
+    std::map<QString, QString> values;
+    for (QString const& name : names)
+    {
+        require(qEnvironmentVariableIsSet(name.toUtf8()), "--allow-env: the environment has no \"" + name + "\"");
+        values[name] = qEnvironmentVariable(name.toUtf8());
+    }
+    return values;
+}
+
+RunValues parseValues(QCommandLineParser const& parser)
+{
+    RunValues run;
+    run.now = parseNow(parser);
+    run.settings = parseSettings(parser.values("set"));
+    run.environment = readEnvironment(parser.values("allow-env"));
+    QString const rate = valueOf(parser, "fps"), start = valueOf(parser, "start");
+    run.rate = parseFrameRate(rate);
+    require(rate.isEmpty() || run.rate, "--fps: expected a rate such as 24, 23.976 or 29.97, got \"" + rate + "\"");
+    if (start.isEmpty())
+        return run;
+    require(run.rate.has_value(), "--start needs --fps");
+    auto const frame = parseTimecode(start, *run.rate);
+    require(frame.has_value(), "--start: expected a timecode of " + rate + " frames a second, got \"" + start + "\"");
+    run.start = *frame;
+    return run;
 }
 
 void checkNames(std::vector<FramePaths> const& frames)
@@ -153,13 +215,14 @@ Options parseOptions(QStringList const& arguments)
     QCommandLineParser parser;
     addOptions(parser);
     Options options;
-    options.information = parse(parser, arguments, overlayFileHelp + QString(details));
+    options.information = parse(parser, arguments, overlayFileHelp + QString(placeholdersHelp) + details);
     if (!options.information.isEmpty())
         return options;
 
     options.overlayFile = valueOf(parser, "overlays");
     require(!options.overlayFile.isEmpty(), "--overlays is needed");
     options.frames = parseFrames(parser);
+    options.values = parseValues(parser);
     options.outputDir = valueOf(parser, "output-dir");
     options.readsPipe = parser.positionalArguments().contains(pipe);
     options.writesPipe = valueOf(parser, "output") == pipe;

@@ -4,6 +4,7 @@
 
 #include "Encoders.h"
 #include "Picture.h"
+#include "Placeholders.h"
 
 #include <QString>
 #include <QStringList>
@@ -27,6 +28,7 @@ struct Options
     bool readsPipe = false;
     /// Whether they are written to the standard output stream.
     bool writesPipe = false;
+    RunValues values;
     /// To be made if it is missing; empty for a single output.
     QString outputDir;
     /// How many threads decode and encode.

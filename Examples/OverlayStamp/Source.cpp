@@ -1,7 +1,5 @@
 #include "Source.h"
 
-#include <QFileInfo>
-
 #include <stdexcept>
 #include <utility>
 
@@ -22,7 +20,7 @@ class Files : public Source
         if (_index == count)
             return std::nullopt;
         FramePaths const& paths = _options.frames[_index++];
-        return FrameNames{paths, {QFileInfo(paths.input).fileName(), _index, count, {}}};
+        return FrameNames{paths, {paths.input, _index, count}};
     }
 
     std::optional<qint64> open() override
@@ -53,7 +51,7 @@ class Pipe : public Source
         if (_isBroken || (_index > 0 && isAtEnd(stdin)))
             return std::nullopt;
         ++_index;
-        return FrameNames{{"-", "-"}, {"-", _index, 0, {}}};
+        return FrameNames{{"-", "-"}, {"-", _index, 0, {}, qint64(_index) - 1}};
     }
 
     std::optional<qint64> open() override

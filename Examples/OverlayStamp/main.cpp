@@ -34,7 +34,7 @@ void makeFolder(QString const& folder)
 ExitCode stamp(Options const& options)
 {
     limitThreads(options.jobs);
-    std::vector<OverlayEntry> const entries = readOverlayFile(options.overlayFile, options.maxPixels);
+    std::vector<OverlayEntry> const entries = readOverlayFile(options.overlayFile, options.maxPixels, options.values);
     requireFonts(entries);
     if (!options.isForced)
         requireSafeOutputs(options, entries);

@@ -62,7 +62,9 @@ std::vector<OverlayEntry> readOverlays(QString const& path)
     FileKind const kind = kindOf(path);
     if (kind == FileKind::Shape || kind == FileKind::Picture)
         at(path, [kind] { complainOfKind("an overlay file (.json)", kind); });
-    return readOverlayFile(path);
+    RunValues run;
+    run.rate = FrameRate{24, 0};
+    return readOverlayFile(path, defaultMaxPixels, run);
 }
 
 Mesh readMeshFile(QString const& path)

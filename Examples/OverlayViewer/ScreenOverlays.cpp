@@ -31,7 +31,7 @@ constexpr char helpText[] = "  H          show or hide this list  \n"
 OverlayEntry createPanel(QString const& text, float size, osg::Vec2f const& anchor)
 {
     OverlayEntry panel;
-    panel.text = text;
+    panel.text = parseTemplate(text);
     panel.font = "DejaVu Sans Mono";
     panel.textColor = {0.9f, 0.94f, 0.96f, 1.0f};
     panel.backgroundColor = {0.02f, 0.03f, 0.05f};

@@ -46,6 +46,9 @@ text has been rendered and how many textures have been uploaded since the start.
 counts. With --frames or --screenshot each frame is a sixtieth of a second and no time is shown, so that the
 pictures are always the same.
 
+Placeholders as overlay-stamp --help lists them stand for frame 1 of 1 at 24 frames a second, {width} and {height}
+for --size, and {file} for the mesh's file.
+
 A mesh has 10 million triangles at most. The pictures of the JSON file have 2^28 pixels together, and so have the
 texts as they are rendered; a text has 100000 characters at most, the file 4 MiB.
 
@@ -92,6 +95,11 @@ QSize parseSize(QString const& text)
 QString meshName(ViewerOptions const& options)
 {
     return options.meshFile.isEmpty() ? "built-in shape" : QFileInfo(options.meshFile).fileName();
+}
+
+Placeholders placeholdersOf(ViewerOptions const& options)
+{
+    return {meshName(options), 1, 1, {options.size, {}}, 1};
 }
 
 ViewerOptions parseViewerOptions(QStringList const& arguments)

@@ -2,8 +2,8 @@
 /// The command line.
 #pragma once
 
-#include <QSize>
-#include <QString>
+#include "Placeholders.h"
+
 #include <QStringList>
 
 namespace ztExamples
@@ -29,6 +29,9 @@ struct ViewerOptions
 
 /// What {file} stands for.
 QString meshName(ViewerOptions const& options);
+
+/// What placeholders stand for: the viewer shows frame 1 of 1.
+Placeholders placeholdersOf(ViewerOptions const& options);
 
 /// \param arguments  the program's name first
 /// \throw std::runtime_error for a usage error; what() is one line about it

@@ -272,7 +272,7 @@ try
         return showMesh(path);
     std::vector<OverlayEntry> const entries = readOverlays(path);
     _dragged = osg::NullFC;
-    _overlays.load(entries, {meshName(_options), 1, 1});
+    _overlays.load(entries, placeholdersOf(_options));
     _options.overlayFile = path;
     updateTitle();
 }
@@ -285,7 +285,7 @@ void ViewerWindow::showMesh(QString const& path)
 {
     _mesh = readMeshFile(path);
     _options.meshFile = path;
-    _overlays.setTexts({meshName(_options), 1, 1});
+    _overlays.setTexts(placeholdersOf(_options));
     updateTitle();
     makeCurrent();
     _renderer.reset(); // is made anew

@@ -33,7 +33,7 @@ ExitCode show(ViewerOptions const& options)
     auto const entries =
         options.overlayFile.isEmpty() ? std::vector<OverlayEntry>() : readOverlays(options.overlayFile);
     Mesh mesh = options.meshFile.isEmpty() ? createTrefoilKnot() : readMeshFile(options.meshFile);
-    ScreenOverlays overlays(entries, {meshName(options), 1, 1});
+    ScreenOverlays overlays(entries, placeholdersOf(options));
     if (options.isCheck)
         return check(overlays, options.size);
     if (!ViewerWindow::findFormat())
