@@ -106,7 +106,9 @@ bool writeAll(QIODevice& device, QByteArray const& bytes)
     return true;
 }
 
-void writeWhole(QByteArray const& bytes, QString const& path)
+/// \param write  writes what is to be in the file into the device, or tells that it can't
+template <class Function>
+void writeWhole(QString const& path, Function const& write)
 {
     QFileInfo const place(path);
     if (place.exists() && !place.isFile() && !place.isDir())
@@ -114,31 +116,100 @@ void writeWhole(QByteArray const& bytes, QString const& path)
     Unbroken const writing; // a temporary file
     QSaveFile file(path);
     // A buffer would be flushed where nobody learns that it doesn't fit.
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !writeAll(file, bytes) || !file.commit())
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !write(file) || !file.commit())
         throw std::runtime_error(file.errorString().toStdString());
+}
+
+/// With room for the layer, for what decoders and encoders take, and for a conversion.
+qint64 countPixels(NativeFrame const& frame, bool isConverted)
+{
+    constexpr qint64 pixelSize = 16;
+    QSize const size = frame.size();
+    qint64 const area = qint64(size.width()) * size.height();
+    return frame.byteCount() * 5 / 4 / pixelSize + area * (isConverted ? 9 : 1) / 4;
+}
+
+FrameFile openNative(QString const& path, QByteArray const& format, QByteArray const& output, FrameRules const& rules)
+{
+    if (isCut(path))
+        throw std::runtime_error("The file is cut off");
+    FrameFile file{std::nullopt, nativeFrames().open(path, format, rules.space)};
+    for (QSize const& size : file.native->pictureSizes())
+        PixelLimit(rules.maxPixels).add(size.width(), size.height());
+    file.pixelCount = countPixels(*file.native, !format.contains(output));
+    return file;
+}
+
+Frame readNative(std::unique_ptr<NativeFrame> native)
+{
+    native->read();
+    QImage layer = allocated(QImage(native->size(), QImage::Format_RGBA8888_Premultiplied));
+    layer.fill(0);
+    return {QImage(), layer, native->info(), {}, std::move(native)};
+}
+
+void writeNative(Frame frame, QString const& path, int pngCompression)
+{
+    frame.native->merge(std::exchange(frame.pixels, QImage()));
+    writeWhole(path, [&](QFileDevice& file) {
+        frame.native->write(file, suffixOf(path), pngCompression);
+        return true;
+    });
+}
+
+/// A picture of 8 bits a channel, bottom row first.
+QImage fromNative(Frame frame)
+{
+    constexpr int leastCompression = 0;
+    frame.native->merge(std::exchange(frame.pixels, QImage()));
+    QImage const picture = allocated(QImage::fromData(frame.native->encode("png", leastCompression), "png"));
+    return picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888)
+        .mirrored();
+}
+
+void writePlain(Frame frame, QString const& path, int pngCompression)
+{
+    QByteArray const format = suffixOf(path);
+    QByteArray const bytes = encode(compose(std::move(frame), format), format, pngCompression);
+    writeWhole(path, [&](QFileDevice& file) { return writeAll(file, bytes); });
 }
 
 } // namespace
 
-PictureFile openFrame(QString const& path, qint64 maxPixels)
+QByteArray suffixOf(QString const& path)
+{
+    return QFileInfo(path).suffix().toLower().toUtf8();
+}
+
+FrameFile openFrame(QString const& path, QString const& output, FrameRules const& rules)
 try
 {
-    PixelLimit limit(maxPixels);
-    return PictureFile(path, limit);
+    bool const isWanted = !rules.space.isEmpty() || isNativeSuffix(suffixOf(output));
+    if (QByteArray const format = nativeFormat(path, isWanted); !format.isEmpty())
+        return openNative(path, format, suffixOf(output), rules);
+    PixelLimit limit(rules.maxPixels);
+    FrameFile file{PictureFile(path, limit)};
+    if (isWanted)
+        throw std::runtime_error("OpenImageIO doesn't read its format");
+    if (!file.picture->size().isEmpty())
+        file.pixelCount = file.picture->pixelCount();
+    return file;
 }
 catch (std::runtime_error const& error)
 {
     failToRead(error);
 }
 
-Frame readFrame(PictureFile const& file)
+Frame readFrame(FrameFile file)
 try
 {
-    if (isCut(file.path()))
+    if (file.native)
+        return readNative(std::move(file.native));
+    if (isCut(file.picture->path()))
         throw std::runtime_error("The file is cut off");
-    if (QImage pixels = readJpeg(file); !pixels.isNull())
+    if (QImage pixels = readJpeg(*file.picture); !pixels.isNull())
         return {QImage(), pixels, infoOf(pixels), {}};
-    return toFrame(file.read());
+    return toFrame(file.picture->read());
 }
 catch (std::runtime_error const& error)
 {
@@ -164,6 +235,8 @@ Frame layerOver(PamPicture picture)
 
 PamPicture toPam(Frame frame)
 {
+    if (frame.native)
+        return toPam(fromNative(std::move(frame)));
     if (!frame.streamed.samples)
         return toPam(compose(std::move(frame), "pam"));
     mergeLayer(frame.pixels, frame.streamed);
@@ -171,17 +244,13 @@ PamPicture toPam(Frame frame)
 }
 
 void writeFrame(Frame frame, QString const& path, int pngCompression)
+try
 {
-    QByteArray const format = QFileInfo(path).suffix().toLower().toUtf8();
-    QImage picture = compose(std::move(frame), format);
-    try
-    {
-        writeWhole(encode(std::move(picture), format, pngCompression), path);
-    }
-    catch (std::runtime_error const& error)
-    {
-        fail("can't write \"" + path + "\"", QString::fromUtf8(error.what()));
-    }
+    (frame.native ? writeNative : writePlain)(std::move(frame), path, pngCompression);
+}
+catch (std::runtime_error const& error)
+{
+    fail("can't write \"" + path + "\"", QString::fromUtf8(error.what()));
 }
 
 } // namespace ztExamples

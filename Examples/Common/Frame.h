@@ -4,31 +4,59 @@
 
 #include "Encoders.h"
 #include "FrameInfo.h"
+#include "NativeFrame.h"
 #include "Pam.h"
 #include "Picture.h"
 
 #include <QString>
 
+#include <memory>
+#include <optional>
+
 namespace ztExamples
 {
+
+/// A file, of which no more than the beginning has been read.
+struct FrameFile
+{
+    /// Of 8 bits a channel. Else there is the other one.
+    std::optional<PictureFile> picture;
+    std::unique_ptr<NativeFrame> native = nullptr;
+    /// How many pixels of 16 bytes the frame takes at most on its way. Nothing if the file doesn't tell.
+    std::optional<qint64> pixelCount = std::nullopt;
+};
 
 struct Frame
 {
     /// As read, 8 bits a channel, alpha straight. Null if it has no alpha channel.
     QImage original;
-    /// What is stamped, see toPixels().
+    /// What is stamped, see toPixels(): the frame, or an empty layer for a native one.
     QImage pixels;
     FrameInfo info = {};
     /// Of a stream, without samples for another frame's. Then the pixels are a transparent layer for it.
     PamPicture streamed = {};
+    std::unique_ptr<NativeFrame> native = nullptr;
 };
 
-/// Opens an image, which has so many pixels at most.
-/// \throw std::exception if it can't be read; what() is the reason
-PictureFile openFrame(QString const& path, qint64 maxPixels);
+/// In lower case.
+QByteArray suffixOf(QString const& path);
+
+/// What is asked for of all frames.
+struct FrameRules
+{
+    /// 0: no limit.
+    qint64 maxPixels = defaultMaxPixels;
+    /// The colour space, see NativeFrames::open().
+    QString space;
+    /// See encode().
+    int pngCompression = defaultPngCompression;
+};
+
+/// \throw std::exception if it can't be read or is too large; what() is the reason
+FrameFile openFrame(QString const& path, QString const& output, FrameRules const& rules);
 
 /// \throw std::exception if the image can't be read; what() is the reason
-Frame readFrame(PictureFile const& file);
+Frame readFrame(FrameFile file);
 
 /// A frame of a picture, top row first.
 Frame toFrame(QImage picture);

@@ -27,9 +27,15 @@ constexpr char description[] =
     "lists them, the topmost first.";
 
 constexpr char details[] = R"(
-An output has 8 bits a channel, and the alpha channel, resolution, colour space and text entries of its input.
-Formats that have no alpha channel (JPEG, BMP, PPM) show transparent pixels over black. An output is written
-whole or not at all. Each frame is reported in a line; several on a terminal in a progress bar.
+Frames of 8 bits a channel are PNG, JPEG, BMP, PPM and what else Qt reads. EXR, DPX, TIFF, HDR, TGA, WebP and PNG
+of 16 bits are read and written by OpenImageIO, where the program is built with it, in their own depth: with all
+parts, channels and metadata, overlays laid out for the display window, pixels that none covers as they were.
+Gray frames get colour if the overlays have some. An output of another format has what that can hold of the
+channels that show: numbers with a fraction are in linear light then, others in sRGB.
+
+An output has the alpha channel, resolution, colour space and text entries of its input. Formats that have no
+alpha channel (JPEG, BMP, PPM, HDR) show transparent pixels over black. An output is written whole or not at all.
+Each frame is reported in a line; several on a terminal in a progress bar.
 
 The pictures of a stream, one behind the other, are PAM (P7, gray or RGB, with or without alpha) or PPM (P6), of
 8 or 16 bits. They leave as they came, in their form and depth, each as soon as it is done; what no overlay covers
@@ -79,6 +85,11 @@ void addOptions(QCommandLineParser& parser)
                  "JSON file names, and all texts of a frame as they are rendered (%1). 0 is no limit.")
              .arg(defaultMaxPixels),
          "N"},
+        {"frame-space",
+         "Colour space of the frames, in which overlays are blended: linear, sRGB or Rec709, or one of the "
+         "configuration that the environment variable OCIO names (as the file says it; else linear for numbers with a "
+         "fraction, and sRGB).",
+         "NAME"},
         {"fps", "Frames a second for {timecode}: a whole number, 23.976, 29.97 or their doubles.", "RATE"},
         {"start", "Timecode of frame 0 (00:00:00:00).", "HH:MM:SS:FF"},
         {"now", "The time for {date} and {time} (SOURCE_DATE_EPOCH or the clock's).", "2026-01-31T12:00:00"},
@@ -195,7 +206,7 @@ std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
             "the input - stands alone, with --output -");
     require(output.isEmpty() || output == pipe || inputs.size() == 1,
             "--output takes one input; --output-dir takes several");
-    if (!output.isEmpty() && output != pipe)
+    if (!output.isEmpty() && output != pipe && !isNativeSuffix(suffixOf(output)))
         requireFormat("output", output);
 
     std::vector<FramePaths> frames;
@@ -227,10 +238,11 @@ Options parseOptions(QStringList const& arguments)
     options.readsPipe = parser.positionalArguments().contains(pipe);
     options.writesPipe = valueOf(parser, "output") == pipe;
     options.jobs = parseWhole(parser, "jobs", 1, maxJobs, std::clamp(QThread::idealThreadCount(), 1, maxJobs));
-    options.pngCompression = parseWhole(parser, "compression", 0, 9, defaultPngCompression);
+    options.rules.pngCompression = parseWhole(parser, "compression", 0, 9, defaultPngCompression);
     if (parser.isSet("dpi-scale"))
         applyDpiScale(valueOf(parser, "dpi-scale"));
-    options.maxPixels = parseWhole(parser, "max-pixels", 0, std::numeric_limits<int>::max(), defaultMaxPixels);
+    options.rules.maxPixels = parseWhole(parser, "max-pixels", 0, std::numeric_limits<int>::max(), defaultMaxPixels);
+    options.rules.space = valueOf(parser, "frame-space");
     options.isQuiet = parser.isSet("quiet");
     options.isForced = parser.isSet("force");
     return options;

@@ -2,8 +2,7 @@
 /// The command line.
 #pragma once
 
-#include "Encoders.h"
-#include "Picture.h"
+#include "Frame.h"
 #include "Placeholders.h"
 
 #include <QString>
@@ -33,10 +32,8 @@ struct Options
     QString outputDir;
     /// How many threads decode and encode.
     int jobs = 1;
-    /// See encode().
-    int pngCompression = defaultPngCompression;
-    /// Of a frame, of the overlay file's pictures, and of an overlay's picture as it is stamped.
-    int maxPixels = defaultMaxPixels;
+    /// The limit is also one of the overlay file's pictures, and of an overlay's picture as it is stamped.
+    FrameRules rules;
     bool isQuiet = false;
     /// Whether outputs may replace what the program reads.
     bool isForced = false;

@@ -211,7 +211,7 @@ class Sequence
     {
         if (_options.writesPipe)
             return toPam(std::move(frame));
-        writeFrame(std::move(frame), path, _options.pngCompression);
+        writeFrame(std::move(frame), path, _options.rules.pngCompression);
         return {};
     }
 

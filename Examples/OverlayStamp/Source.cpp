@@ -25,19 +25,20 @@ class Files : public Source
 
     std::optional<qint64> open() override
     {
-        _file = std::make_shared<PictureFile>(openFrame(_options.frames[_index - 1].input, _options.maxPixels));
-        return _file->size().isEmpty() ? std::nullopt : std::optional(_file->pixelCount());
+        FramePaths const& paths = _options.frames[_index - 1];
+        _file = std::make_shared<FrameFile>(openFrame(paths.input, paths.output, _options.rules));
+        return _file->pixelCount;
     }
 
     std::function<Frame()> take() override
     {
-        return [file = std::exchange(_file, nullptr)] { return readFrame(*file); };
+        return [file = std::exchange(_file, nullptr)] { return readFrame(std::move(*file)); };
     }
 
   private:
     Options const& _options;
     std::size_t _index = 0;
-    std::shared_ptr<PictureFile> _file;
+    std::shared_ptr<FrameFile> _file;
 };
 
 /// The pictures of the standard input stream, to the end or the first wrong one.
@@ -60,7 +61,7 @@ class Pipe : public Source
             if (isAtEnd(stdin))
                 throw std::runtime_error("There is none");
             _header = readPamHeader(stdin);
-            PixelLimit(_options.maxPixels).add(_header.width, _header.height);
+            PixelLimit(_options.rules.maxPixels).add(_header.width, _header.height);
         });
         return qint64(_header.width) * _header.height;
     }

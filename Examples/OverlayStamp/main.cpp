@@ -31,14 +31,30 @@ void makeFolder(QString const& folder)
         throw std::runtime_error("overlay-stamp: can't make the folder \"" + folder.toStdString() + "\"");
 }
 
+/// \throw std::runtime_error without what the frames need for sure
+void prepareFrames(Options const& options)
+{
+    bool const areNative = !options.rules.space.isEmpty() ||
+                           std::any_of(options.frames.begin(), options.frames.end(), [](FramePaths const& frame) {
+                               return isNativeSuffix(suffixOf(frame.input)) || isNativeSuffix(suffixOf(frame.output));
+                           });
+    if (!areNative)
+        return;
+    // Frames side by side leave no processor to spare.
+    nativeFrames().setThreads(options.frames.size() == 1 ? options.jobs : 1);
+    nativeFrames().requireSpace(options.rules.space);
+}
+
 ExitCode stamp(Options const& options)
 {
     limitThreads(options.jobs);
-    std::vector<OverlayEntry> const entries = readOverlayFile(options.overlayFile, options.maxPixels, options.values);
+    std::vector<OverlayEntry> const entries =
+        readOverlayFile(options.overlayFile, options.rules.maxPixels, options.values);
     requireFonts(entries);
     if (!options.isForced)
         requireSafeOutputs(options, entries);
-    Scene scene(entries, options.maxPixels);
+    Scene scene(entries, options.rules.maxPixels);
+    prepareFrames(options);
     makeFolder(options.outputDir);
     Report report(options);
     stampSequence(options, scene, report);

@@ -1,0 +1,368 @@
+// What the hosts load.
+
+#include "Colors.h"
+#include "Convert.h"
+#include "Merge.h"
+#include "NativeFrame.h"
+#include "Parts.h"
+
+#include <OpenImageIO/filesystem.h>
+#include <OpenImageIO/strutil.h>
+
+#include <QFile>
+#include <QtEndian>
+
+#include <algorithm>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace ztExamples
+{
+
+namespace
+{
+
+/// The first line says it; others say it of each strip.
+[[noreturn]] void fail(std::string const& reason)
+{
+    QString const line = QString::fromStdString(reason).section('\n', 0, 0, QString::SectionSkipEmpty);
+    throw std::runtime_error(line.isEmpty() ? "The file is cut off or damaged" : line.simplified().toStdString());
+}
+
+template <class File>
+void require(bool isDone, File const& file)
+{
+    std::string const reason = file.geterror();
+    if (!isDone)
+        fail(reason);
+}
+
+/// Reads all of a part. Some readers fill up what is missing, and only have an error then.
+Part readPart(OIIO::ImageInput& input, int index)
+{
+    input.seek_subimage(index, 0);
+    Part part{input.spec(), nullptr};
+    part.pixels = allocatePixels(part.spec);
+    bool const isRead = input.read_image(index, 0, 0, part.spec.nchannels, OIIO::TypeUnknown, part.pixels.get());
+    require(isRead && !input.has_error(), input);
+    return part;
+}
+
+/// A file that is open for both reading and writing, for some formats are read while they are written.
+class OpenFile : public OIIO::Filesystem::IOProxy
+{
+  public:
+    explicit OpenFile(int handle) : IOProxy("", Write), _handle(handle) {}
+
+    char const* proxytype() const override { return "handle"; }
+    bool seek(std::int64_t offset) override { return m_pos = offset, true; }
+    std::size_t size() const override { return std::size_t(lseek(_handle, 0, SEEK_END)); }
+
+    std::size_t read(void* bytes, std::size_t count) override { return advance(::pread(_handle, bytes, count, m_pos)); }
+
+    std::size_t write(void const* bytes, std::size_t count) override
+    {
+        std::size_t done = 0;
+        for (std::size_t last = 1; done < count && last > 0; done += last)
+            last = advance(::pwrite(_handle, static_cast<char const*>(bytes) + done, count - done, m_pos));
+        return done;
+    }
+
+    /// 0 if all went well.
+    int errorNumber() const { return _errorNumber; }
+
+  private:
+    std::size_t advance(ssize_t count)
+    {
+        if (count < 0)
+            _errorNumber = errno;
+        m_pos += std::max(count, ssize_t(0));
+        return std::size_t(std::max(count, ssize_t(0)));
+    }
+
+    int _handle;
+    int _errorNumber = 0;
+};
+
+/// The layer as a file has the pixels that is turned when it is shown; both bottom row first.
+QImage turned(QImage const& layer, int orientation)
+{
+    QTransform const right = QTransform().rotate(90);
+    switch (orientation)
+    {
+    case 2:
+        return layer.mirrored(true, false);
+    case 3:
+        return layer.mirrored(true, true);
+    case 4:
+        return layer.mirrored(false, true);
+    case 5:
+        return layer.transformed(right).mirrored(false, true);
+    case 6:
+        return layer.transformed(right);
+    case 7:
+        return layer.transformed(right).mirrored(true, false);
+    case 8:
+        return layer.transformed(QTransform().rotate(-90));
+    default:
+        return layer;
+    }
+}
+
+int orientationOf(OIIO::ImageSpec const& spec)
+{
+    return spec.get_int_attribute("Orientation", 1);
+}
+
+/// Far off, windows reach beyond what coordinates can be.
+void requireWindows(OIIO::ImageSpec const& spec)
+{
+    constexpr int most = 1 << 29;
+    auto const isFar = [](int place, int size) { return place < -most || place > most || size < 1 || size > most; };
+    if (isFar(spec.x, spec.width) || isFar(spec.y, spec.height) || isFar(spec.full_x, spec.full_width) ||
+        isFar(spec.full_y, spec.full_height))
+        fail("Its windows are wrong");
+    if (spec.depth > 1)
+        fail("Volumes aren't stamped");
+    if (spec.deep)
+        fail("Deep pictures aren't stamped");
+}
+
+/// How many bytes a row of a DPX file has at least: https://pub.smpte.org/doc/st268-1/
+qint64 rowSize(int samples, int bits, bool isPacked)
+{
+    if (bits == 10 && !isPacked)
+        return qint64(samples + 2) / 3 * 4;
+    return qint64(samples) * (bits == 12 && !isPacked ? 16 : bits) / 8;
+}
+
+/// What a DPX file doesn't have its reader makes up.
+void requireWholeDpx(QString const& path, OIIO::ImageSpec const& spec)
+{
+    constexpr int headerSize = 2048, placeOfBits = 803, placeOfPacking = 804, placeOfEncoding = 806;
+    QFile file(path);
+    QByteArray const header = file.open(QIODevice::ReadOnly) ? file.read(headerSize) : QByteArray();
+    if (header.size() < headerSize)
+        fail("");
+    bool const isCompressed = header.mid(placeOfEncoding, 2) != QByteArray(2, '\0');
+    bool const isPacked = header.mid(placeOfPacking, 2) == QByteArray(2, '\0');
+    qint64 const row = rowSize(spec.width * spec.nchannels, uchar(header[placeOfBits]), isPacked);
+    qint64 const size = isCompressed ? 1 : row * spec.height;
+    for (int const placeOfOffset : {4, 808})
+    {
+        char const* const bytes = header.constData() + placeOfOffset;
+        bool const isBigEndian = header.startsWith("SDPX");
+        auto const offset = isBigEndian ? qFromBigEndian<quint32>(bytes) : qFromLittleEndian<quint32>(bytes);
+        bool const isLeftOut = placeOfOffset > 4 && (offset == 0 || offset == ~0u);
+        if (!isLeftOut && offset + size > file.size())
+            fail("");
+    }
+}
+
+bool isLossless(QString const& webp)
+{
+    constexpr qint64 metadataSize = 1 << 16;
+    QFile file(webp);
+    return file.open(QIODevice::ReadOnly) && file.peek(metadataSize).contains("VP8L");
+}
+
+class File : public NativeFrame
+{
+  public:
+    File(QString const& path, std::string const& format, std::string space)
+        : _space(std::move(space)), _input(OIIO::ImageInput::create(format))
+    {
+        if (!_input)
+            fail(OIIO::geterror());
+        OIIO::ImageSpec first, wishes;
+        wishes.attribute("oiio:UnassociatedAlpha", 1); // multiplying by alpha and dividing again rounds
+        require(_input->open(QFile::encodeName(path).toStdString(), first, wishes), *_input);
+        bool const hasParts = format == "openexr" || format == "tiff";
+        for (int i = 0; (i == 0 || hasParts) && _input->seek_subimage(i, 0); ++i)
+            addPart(_input->spec());
+        static_cast<void>(_input->geterror()); // behind the last one
+        if (format == "dpx")
+            requireWholeDpx(path, _parts[0].spec);
+        if (format == "webp")
+            _parts[0].spec.attribute("compression", isLossless(path) ? "lossless" : "webp:95");
+        if (_stamped == none)
+            fail("It has no channels R, G and B, or Y");
+    }
+
+    QSize size() const override
+    {
+        QSize const size = displayWindow(stamped().spec).size();
+        return orientationOf(stamped().spec) > 4 ? size.transposed() : size;
+    }
+
+    std::vector<QSize> pictureSizes() const override
+    {
+        std::vector<QSize> sizes;
+        for (Part const& part : _parts)
+            sizes.push_back(dataWindow(part.spec).size());
+        sizes.push_back(wholeWindow().size());
+        return sizes;
+    }
+
+    qint64 byteCount() const override
+    {
+        qint64 count = 0;
+        for (Part const& part : _parts)
+            count += qint64(part.spec.image_bytes(true));
+        QSize const all = wholeWindow().size();
+        bool const mayGrow = all != dataWindow(stamped().spec).size();
+        return count + (mayGrow ? qint64(all.width()) * all.height() * qint64(stamped().spec.pixel_bytes(true)) : 0);
+    }
+
+    FrameInfo info() const override
+    {
+        FrameInfo info{size(), {}};
+        for (OIIO::ParamValue const& attribute : stamped().spec.extra_attribs)
+            info.metadata[QString::fromStdString(attribute.name().string())] =
+                QString::fromStdString(attribute.get_string());
+        return info;
+    }
+
+    void read() override
+    {
+        for (std::size_t i = 0; i < _parts.size(); ++i)
+            _parts[i].pixels = readPart(*_input, int(i)).pixels;
+        _input->close();
+    }
+
+    void merge(QImage const& layer) override
+    {
+        mergeLayer(stamped(), _channels, turned(layer, orientationOf(stamped().spec)), LayerColors(space()));
+    }
+
+    void write(QFileDevice& file, QByteArray const& format, int pngCompression) override
+    {
+        if (_parts.size() > 1 || format.startsWith("tif"))
+            return writeByPath("/proc/self/fd/" + std::to_string(file.handle()), format, pngCompression);
+        OpenFile target(file.handle());
+        try
+        {
+            write("", &target, format, pngCompression);
+        }
+        catch (std::runtime_error const&)
+        {
+            if (target.errorNumber() == 0)
+                throw;
+        }
+        if (target.errorNumber() != 0)
+            fail(qt_error_string(target.errorNumber()).toStdString());
+    }
+
+    QByteArray encode(QByteArray const& format, int pngCompression) override
+    {
+        OIIO::Filesystem::IOVecOutput target;
+        write("", &target, format, pngCompression);
+        return QByteArray(reinterpret_cast<char const*>(target.buffer().data()), int(target.buffer().size()));
+    }
+
+  private:
+    static constexpr std::size_t none = std::size_t(-1);
+
+    void addPart(OIIO::ImageSpec const& spec)
+    {
+        requireWindows(spec);
+        auto const channels = findChannels(spec, std::string(_input->format_name()) == "openexr");
+        if (_stamped == none && channels)
+        {
+            _stamped = _parts.size();
+            _channels = *channels;
+        }
+        _parts.push_back({spec, nullptr});
+    }
+
+    Part const& stamped() const { return _parts[_stamped]; }
+    Part& stamped() { return _parts[_stamped]; }
+
+    /// What the data window may grow to.
+    QRect wholeWindow() const { return dataWindow(stamped().spec) | displayWindow(stamped().spec); }
+
+    std::string space() const { return _space.empty() ? spaceOf(stamped().spec) : _space; }
+
+    /// Several parts, and EXIF entries of TIFF files, can't be written into a file that is open. What is lost when it
+    /// is closed, nobody tells.
+    void writeByPath(std::string const& path, QByteArray const& format, int pngCompression)
+    {
+        int const last = write(path, nullptr, format, pngCompression) - 1;
+        auto const written = OIIO::ImageInput::create(format.toStdString());
+        OIIO::ImageSpec spec;
+        require(written->open(path, spec) && written->seek_subimage(last, 0), *written);
+        if (last > 0)
+            readPart(*written, last);
+    }
+
+    /// \param path  empty if there is a target
+    /// \return how many parts are written
+    int write(std::string const& path, OIIO::Filesystem::IOProxy* target, QByteArray const& format, int pngCompression)
+    {
+        auto const output = OIIO::ImageOutput::create(format.toStdString(), target);
+        if (!output)
+            fail(OIIO::geterror());
+        bool const isSame = std::string(output->format_name()) == _input->format_name();
+        std::vector<Part> parts;
+        if (isSame)
+            parts = std::move(_parts);
+        else
+            parts.push_back(converted(stamped(), _channels, *output, space()));
+        for (Part& part : parts)
+            part.spec.attribute("png:compressionLevel", pngCompression);
+        if (!output->supports("multiimage"))
+            parts.resize(1);
+        writeParts(*output, path, parts);
+        return int(parts.size());
+    }
+
+    static void writeParts(OIIO::ImageOutput& output, std::string const& path, std::vector<Part>& parts)
+    {
+        std::vector<OIIO::ImageSpec> specs;
+        for (Part const& part : parts)
+            specs.push_back(part.spec);
+        int const count = int(specs.size());
+        require(count > 1 ? output.open(path, count, specs.data()) : output.open(path, specs[0]), output);
+        for (std::size_t i = 0; i < specs.size(); ++i)
+        {
+            require(i == 0 || output.open(path, specs[i], OIIO::ImageOutput::AppendSubimage), output);
+            require(output.write_image(OIIO::TypeUnknown, parts[i].pixels.get()), output);
+            parts[i].pixels = nullptr;
+        }
+        require(output.close(), output);
+    }
+
+    std::string _space;
+    std::unique_ptr<OIIO::ImageInput> _input;
+    std::vector<Part> _parts;
+    /// The part that is stamped.
+    std::size_t _stamped = none;
+    Channels _channels;
+};
+
+class Library : public NativeFrames
+{
+  public:
+    std::unique_ptr<NativeFrame> open(QString const& path, QByteArray const& format, QString const& space) override
+    {
+        return std::make_unique<File>(path, format.toStdString(), space.toStdString());
+    }
+
+    void requireSpace(QString const& space) override { ztExamples::requireSpace(space.toStdString()); }
+
+    void setThreads(int count) override
+    {
+        OIIO::attribute("threads", count);
+        OIIO::attribute("exr_threads", count > 1 ? count : -1); // none besides the one that calls
+    }
+};
+
+} // namespace
+
+} // namespace ztExamples
+
+extern "C" Q_DECL_EXPORT ztExamples::NativeFrames* ztNativeFrames()
+{
+    static ztExamples::Library library;
+    return &library;
+}
