@@ -42,23 +42,24 @@ TEST_F(CompositingTest, WhiteTextOnWhiteStaysWhite)
     EXPECT_GE(*std::min_element(frame->pixels.begin(), frame->pixels.end()), 254);
 }
 
+// Content type and a picture's size, its size and offset as overlay; left, bottom, width and height of the white.
+static std::tuple<char const*, int, int, int, float, osg::Vec2f, osg::Vec3f, std::array<int, 4>> const whites[] = {
+    {"at the origin", 1, 20, 10, 10, {-0.0f, 0}, {}, {0, 0, 20, 10}},
+    {"negative x: from the right, once", 1, 20, 10, 10, {-70, 4}, {}, {-9, 4, 20, 10}},
+    {"negative y: from the top", 1, 20, 10, 10, {3, -20.5f}, {}, {3, 20, 20, 10}},
+    {"not a number", 1, 20, 10, 10, {std::nanf(""), 0}, {}, {0, 0, 20, 10}},
+    {"corner in the picture", 1, 20, 10, 10, {13, 14.5f}, {0.5f, 0.25f, 0}, {3, 12, 20, 10}},
+    {"fraction of the height cut", 1, 20, 10, 10.4f, {}, {}, {0, 0, 20, 10}},
+    {"fraction of the width cut", 1, 31, 7, 7, {}, {}, {0, 0, 30, 7}},
+    {"twice as large", 1, 20, 10, 20, {}, {}, {0, 0, 40, 20}},
+    {"other content types never", 2, 20, 10, 20, {}, {}, {0, 0, 20, 10}},
+    {"no size", 1, 20, 10, 0, {}, {}, {0, 0, 0, 0}},
+};
+
 // White pictures on a black 60 by 40 frame: where they come to lie, and which of them are resampled.
 TEST_F(CompositingTest, CornersAndSizes)
 {
-    // Content type and a picture's size, its size and offset as overlay; left, bottom, width and height of the white.
-    using Row = std::tuple<char const*, int, int, int, float, osg::Vec2f, osg::Vec3f, std::array<int, 4>>;
-    for (auto const& [name, contentType, imageWidth, imageHeight, size, offset, texCoord, white] : {
-             Row{"at the origin", 1, 20, 10, 10, {-0.0f, 0}, {}, {0, 0, 20, 10}},
-             {"negative x: from the right, once", 1, 20, 10, 10, {-70, 4}, {}, {-9, 4, 20, 10}},
-             {"negative y: from the top", 1, 20, 10, 10, {3, -20.5f}, {}, {3, 20, 20, 10}},
-             {"not a number", 1, 20, 10, 10, {std::nanf(""), 0}, {}, {0, 0, 20, 10}},
-             {"corner in the picture", 1, 20, 10, 10, {13, 14.5f}, {0.5f, 0.25f, 0}, {3, 12, 20, 10}},
-             {"fraction of the height cut", 1, 20, 10, 10.4f, {}, {}, {0, 0, 20, 10}},
-             {"fraction of the width cut", 1, 31, 7, 7, {}, {}, {0, 0, 30, 7}},
-             {"twice as large", 1, 20, 10, 20, {}, {}, {0, 0, 40, 20}},
-             {"other content types never", 2, 20, 10, 20, {}, {}, {0, 0, 20, 10}},
-             {"no size", 1, 20, 10, 0, {}, {}, {0, 0, 0, 0}},
-         })
+    for (auto const& [name, contentType, imageWidth, imageHeight, size, offset, texCoord, white] : whites)
     {
         osg::OverlayPtr const overlay = makePicture(makeImage(imageWidth, imageHeight, {255, 255, 255, 255}), size);
         overlay->contentType = contentType;

@@ -14,6 +14,17 @@ class ConstructionTest : public SceneTest
         auto const material = osg::dynamicCast<osg::ChunkMaterial>(overlayOf(node)->foreground->material);
         return osg::dynamicCast<osg::ShaderChunk>(material->chunks.at(2));
     }
+
+    static void writePrototypes(osg::UInt32 nodeFlags, osg::UInt32 travMask, bool flags, osg::UInt16 aspect)
+    {
+        auto const node = osg::dynamicCast<osg::Node>(osg::Node::getClassType().getPrototype());
+        node->nodeFlags = nodeFlags;
+        node->travMask = travMask;
+        auto const polygon =
+            osg::dynamicCast<osg::PolygonForeground2>(osg::PolygonForeground2::getClassType().getPrototype());
+        polygon->tile = polygon->normalizedX = polygon->normalizedY = flags;
+        polygon->aspectWidth = polygon->aspectHeight = aspect;
+    }
 };
 
 } // namespace
@@ -21,14 +32,6 @@ class ConstructionTest : public SceneTest
 TEST_F(ConstructionTest, OverlaysAreCompleteAndMarkedInTheOrderOfBuilding)
 {
     osg::NodePtr const parent = makeNode(osg::create<osg::Group>());
-    // The nodes keep what the host wrote into the prototype, but for what an overlay needs.
-    auto const prototype = osg::dynamicCast<osg::Node>(osg::Node::getClassType().getPrototype());
-    prototype->nodeFlags = 1;
-    prototype->travMask = 0xFFFFFFFE;
-    auto const polygon =
-        osg::dynamicCast<osg::PolygonForeground2>(osg::PolygonForeground2::getClassType().getPrototype());
-    polygon->tile = polygon->normalizedX = polygon->normalizedY = true;
-    polygon->aspectWidth = polygon->aspectHeight = 1;
     for (bool const isDuplicate : {false, true})
     {
         Recorder recorder;
@@ -47,27 +50,32 @@ TEST_F(ConstructionTest, OverlaysAreCompleteAndMarkedInTheOrderOfBuilding)
         EXPECT_EQ(recorder.take(names),
                   isDuplicate ? "+O !N + +N !P.children !I +I !T !B !S +T +B +S !M +M !F - +F !O !F.active"
                               : "+O !N +N !P.children !I +I !T !B !S +T +B +S !M +M !F +F !O");
+        EXPECT_EQ(corners(overlayOf(node)), (std::vector<float>{0, 0, 100, 0, 100, 100, 0, 100}));
+        for (std::size_t i = 0; i < 4; ++i)
+            EXPECT_EQ((std::pair{100 * foreground->texCoords[i].x, 100 * foreground->texCoords[i].y}),
+                      (std::pair{foreground->positions[i].x, foreground->positions[i].y}));
+        EXPECT_EQ((std::array{texture->minFilter, texture->magFilter, texture->wrapS, texture->wrapT, blend->srcFactor,
+                              blend->destFactor}),
+                  (std::array{9987u, 9729u, 33071u, 33071u, 770u, 771u}));
+        EXPECT_EQ(texture->image->pixels, makeImage(16, 16)->pixels);
+    }
+}
+
+TEST_F(ConstructionTest, WhatTheHostWroteIntoThePrototypesIsKeptButForWhatAnOverlayNeeds)
+{
+    writePrototypes(1, 0xFFFFFFFE, true, 1);
+    for (bool const isDuplicate : {false, true})
+    {
+        osg::NodePtr const node = hold(isDuplicate ? ztOverlays::duplicateOverlay(osg::NullFC, makeText("a"))
+                                                   : ztOverlays::createOverlay(osg::NullFC));
+        auto const foreground = overlayOf(node)->foreground;
         EXPECT_EQ((std::pair{node->nodeFlags, node->travMask}),
                   (std::pair{17u, isDuplicate ? 0xFFFFFFFE : 0xFFFFFFFF}));
         EXPECT_EQ(foreground->active, !isDuplicate);
         EXPECT_FALSE(foreground->tile || foreground->normalizedX || foreground->normalizedY ||
                      foreground->aspectWidth || foreground->aspectHeight);
-        EXPECT_EQ(corners(overlayOf(node)), (std::vector<float>{0, 0, 100, 0, 100, 100, 0, 100}));
-        auto const& texCoords = foreground->texCoords; // in units of 100 pixels
-        for (std::size_t i = 0; i < 8; ++i)
-            EXPECT_EQ(100 * (i % 2 ? texCoords[i / 2].y : texCoords[i / 2].x), corners(overlayOf(node))[i]);
-        EXPECT_EQ((std::array{texture->minFilter, texture->magFilter, blend->srcFactor, blend->destFactor}),
-                  (std::array{9987u, 9729u, 770u, 771u}));
-        EXPECT_EQ((std::pair{texture->wrapS, texture->wrapT}), (std::pair{33071u, 33071u}));
-        EXPECT_EQ(shader->fragmentProgram.str().find("#define"), std::string::npos) << "premultiplied, not opaque";
-        EXPECT_EQ(shader->fragmentProgram.str().data(), shaderOf(parent->children[0])->fragmentProgram.str().data());
-        EXPECT_EQ(shader->vertexProgram.str().data(), shaderOf(parent->children[0])->vertexProgram.str().data());
-        EXPECT_EQ(texture->image->pixels, makeImage(16, 16)->pixels);
     }
-    prototype->nodeFlags = 0;
-    prototype->travMask = 0xFFFFFFFF;
-    polygon->tile = polygon->normalizedX = polygon->normalizedY = false;
-    polygon->aspectWidth = polygon->aspectHeight = 0;
+    writePrototypes(0, 0xFFFFFFFF, false, 0);
 }
 
 TEST_F(ConstructionTest, ShaderTextIsSharedUntilItIsWritten)
@@ -75,8 +83,17 @@ TEST_F(ConstructionTest, ShaderTextIsSharedUntilItIsWritten)
     auto const create = [this](bool straight, bool opaque) {
         return hold(osg::dynamicCast<osg::ShaderChunk>(ztOpenSGExt::createBackplateShader(straight, opaque)));
     };
-    std::string const plain = create(false, false)->fragmentProgram, straight = "#define STRAIGHT_ALPHA\n",
+    osg::ShaderChunkPtr const shaders[] = {shaderOf(hold(ztOverlays::createOverlay(osg::NullFC))),
+                                           shaderOf(hold(ztOverlays::duplicateOverlay(osg::NullFC, makeText("")))),
+                                           create(false, false)};
+    for (osg::ShaderChunkPtr const& shader : shaders)
+    {
+        EXPECT_EQ(shader->fragmentProgram.str().data(), shaders[0]->fragmentProgram.str().data());
+        EXPECT_EQ(shader->vertexProgram.str().data(), shaders[0]->vertexProgram.str().data());
+    }
+    std::string const plain = shaders[0]->fragmentProgram, straight = "#define STRAIGHT_ALPHA\n",
                       opaque = "#define OPAQUE\n";
+    EXPECT_EQ(plain.find("#define"), std::string::npos) << "premultiplied, not opaque";
     EXPECT_EQ(create(true, false)->fragmentProgram, straight + plain);
     EXPECT_EQ(create(false, true)->fragmentProgram, opaque + plain);
     osg::ShaderChunkPtr const chunk = create(true, true), other = create(true, true);
@@ -111,13 +128,10 @@ TEST_F(ConstructionTest, SlotFollowsContentTypeAndMarksOnlyAChange)
 {
     osg::ImagePtr const picture = makeImage(4, 4), other = makeImage(4, 4), none;
     osg::OverlayPtr const overlay = makeText("text", 0.5f, osg::Overlay::SizeRelative);
-    for (auto const& [contentType, image, isMarked] : {std::tuple{0, picture, false},
-                                                       {1, picture, true},
-                                                       {2, picture, false},
-                                                       {2, other, true},
-                                                       {0, picture, false},
-                                                       {0, other, true},
-                                                       {1, none, true}})
+    std::tuple<int, osg::ImagePtr, bool> const rows[] = {{0, picture, false}, {1, picture, true},  {2, picture, false},
+                                                         {2, other, true},    {0, picture, false}, {0, other, true},
+                                                         {1, none, true}};
+    for (auto const& [contentType, image, isMarked] : rows)
     {
         overlay->contentType = contentType;
         osg::setRefdCP(overlay->image, image);
@@ -139,9 +153,13 @@ TEST_F(ConstructionTest, SlotFollowsContentTypeAndMarksOnlyAChange)
     EXPECT_EQ(shownImage(overlay), none) << "an empty slot beside a picture is left";
     ztOverlays::updateOverlayImage(overlay, 100, 100);
     EXPECT_EQ(shownImage(overlay)->height, 50);
+}
 
-    // A material without a texture in the first place is left alone; a text has nothing to draw into then.
+TEST_F(ConstructionTest, MaterialThatDoesNotBeginWithATextureIsLeftAloneAndATextHasNothingToDrawInto)
+{
+    osg::OverlayPtr const overlay = makePicture(makeImage(4, 4));
     auto const chunkMaterial = osg::create<osg::ChunkMaterial>();
+    overlay->text = "text";
     osg::MaterialPtr const materials[] = {chunkMaterial, chunkMaterial, osg::NullFC};
     for (std::size_t i = 0; i < 6; ++i)
     {
@@ -150,7 +168,7 @@ TEST_F(ConstructionTest, SlotFollowsContentTypeAndMarksOnlyAChange)
             chunkMaterial->addChunk(osg::create<osg::BlendChunk>(), osg::ChunkMaterial::AutoSlot);
         overlay->contentType = int(i % 2);
         overlay->dirty = true;
-        ztOverlays::blendOverlaysOntoImage({overlay}, picture, osg::NullFC);
+        ztOverlays::blendOverlaysOntoImage({overlay}, overlay->image, osg::NullFC);
         EXPECT_EQ(overlay->dirty, i % 2 == 0);
     }
 }

@@ -115,31 +115,43 @@ TEST_F(ContainerTest, ChildIsTakenFromAnyPlaceAndTheOthersKeepTheirOrder)
         }
 }
 
+using Nodes = std::map<char, osg::NodePtr>;
+using ztNodeUtils::moveChild, ztNodeUtils::replaceChild;
+
 // The children "abcd" of one node and "e" of another; what a host does to them, and what it marks.
+static struct
+{
+    char const* name;
+    void (*operation)(Nodes&);
+    char const *children, *others, *marks;
+} const childRows[] = {
+    {"forward", [](Nodes& n) { moveChild(n['P'], 2, n['a']); }, "bcad", "e", "+a -a !P.children"},
+    {"to the front", [](Nodes& n) { moveChild(n['P'], 0, n['P']->children[2]); }, "cabd", "e", "+c -c !P.children"},
+    {"to the end", [](Nodes& n) { moveChild(n['P'], 9, n['a']); }, "bcda", "e", "+a -a !P.children"},
+    {"from another", [](Nodes& n) { moveChild(n['P'], 1, n['e']); }, "aebcd", "", "+e -e !Q.children !P.children"},
+    {"into itself", [](Nodes& n) { moveChild(n['a'], 0, n['P']); }, "abcd", "e", ""},
+    {"nothing", [](Nodes& n) { moveChild(n['P'], 0, osg::NullFC); }, "abcd", "e", ""},
+    {"replaced", [](Nodes& n) { replaceChild(n['P']->children[1], n['e']); }, "aecd", "",
+     "+e -e -b !Q.children !P.children"},
+    {"by a sibling", [](Nodes& n) { replaceChild(n['a'], n['c']); }, "cbd", "e", "+c -c -a !P.children"},
+    {"by its parent", [](Nodes& n) { replaceChild(n['a'], n['P']); }, "abcd", "e", ""},
+    {"by itself", [](Nodes& n) { replaceChild(n['a'], n['a']); }, "abcd", "e", ""},
+    {"without a parent", [](Nodes& n) { replaceChild(n['P'], n['a']); }, "abcd", "e", ""},
+};
+
+/// Those of a node that know it, by their letters.
+static std::string childrenOf(osg::NodePtr const& parent, Nodes const& nodes)
+{
+    std::string children;
+    for (osg::NodePtr const& child : parent->children)
+        for (auto const& [letter, node] : nodes)
+            children += std::string(node == child && child->parent == parent, letter);
+    return children;
+}
+
 TEST_F(ContainerTest, ChildrenAreMovedAndReplacedAndMarked)
 {
-    using namespace ztNodeUtils;
-    using Nodes = std::map<char, osg::NodePtr>;
-    struct
-    {
-        char const* name;
-        void (*operation)(Nodes&);
-        char const *children, *others, *marks;
-    } const rows[] = {
-        {"forward", [](Nodes& n) { moveChild(n['P'], 2, n['a']); }, "bcad", "e", "+a -a !P.children"},
-        {"to the front", [](Nodes& n) { moveChild(n['P'], 0, n['P']->children[2]); }, "cabd", "e", "+c -c !P.children"},
-        {"to the end", [](Nodes& n) { moveChild(n['P'], 9, n['a']); }, "bcda", "e", "+a -a !P.children"},
-        {"from another", [](Nodes& n) { moveChild(n['P'], 1, n['e']); }, "aebcd", "", "+e -e !Q.children !P.children"},
-        {"into itself", [](Nodes& n) { moveChild(n['a'], 0, n['P']); }, "abcd", "e", ""},
-        {"nothing", [](Nodes& n) { moveChild(n['P'], 0, osg::NullFC); }, "abcd", "e", ""},
-        {"replaced", [](Nodes& n) { replaceChild(n['P']->children[1], n['e']); }, "aecd", "",
-         "+e -e -b !Q.children !P.children"},
-        {"by a sibling", [](Nodes& n) { replaceChild(n['a'], n['c']); }, "cbd", "e", "+c -c -a !P.children"},
-        {"by its parent", [](Nodes& n) { replaceChild(n['a'], n['P']); }, "abcd", "e", ""},
-        {"by itself", [](Nodes& n) { replaceChild(n['a'], n['a']); }, "abcd", "e", ""},
-        {"without a parent", [](Nodes& n) { replaceChild(n['P'], n['a']); }, "abcd", "e", ""},
-    };
-    for (auto const& row : rows)
+    for (auto const& row : childRows)
     {
         Nodes nodes;
         Recorder::Names names;
@@ -151,19 +163,12 @@ TEST_F(ContainerTest, ChildrenAreMovedAndReplacedAndMarked)
         Recorder recorder;
         row.operation(nodes);
         EXPECT_EQ(recorder.take(names), row.marks) << row.name;
-        auto const childrenOf = [&](char parent) {
-            std::string children;
-            for (osg::NodePtr const& child : nodes[parent]->children)
-                for (auto const& [letter, node] : nodes)
-                    children += std::string(node == child && child->parent == nodes[parent], letter);
-            return children;
-        };
-        EXPECT_EQ(childrenOf('P'), row.children) << row.name;
-        EXPECT_EQ(childrenOf('Q'), row.others) << row.name;
+        EXPECT_EQ(childrenOf(nodes['P'], nodes), row.children) << row.name;
+        EXPECT_EQ(childrenOf(nodes['Q'], nodes), row.others) << row.name;
     }
     osg::NodePtr const node = makeNode();
     Recorder recorder;
-    rename(node, "new");
+    ztNodeUtils::rename(node, "new");
     auto const name = node->findAttachment(osg::Name::getClassType().getGroupId());
     EXPECT_EQ(recorder.take({{"name", name}}), "+name !name.name");
 }
@@ -242,13 +247,11 @@ TEST_F(ContainerTest, ImageTakesASizeAndCopiesBytesOrUsesThemInPlace)
     EXPECT_LE(image->pixels.capacity(), 4096u) << "the memory of what it held is free";
 }
 
-TEST_F(ContainerTest, TextureKeepsCountsAndParentsOfItsImage)
+TEST_F(ContainerTest, TextureCountsChangesOfItsImage)
 {
-    auto const chunk = hold(osg::create<osg::TextureChunk>()), other = osg::create<osg::TextureChunk>();
-    osg::ImagePtr const a = makeImage(1, 1), b = makeImage(1, 1);
-    using Users = std::vector<osg::FieldContainerPtr>;
+    auto const chunk = hold(osg::create<osg::TextureChunk>());
+    osg::ImagePtr const a = makeImage(1, 1);
     chunk->setImage(a);
-    other->setImage(a);
     Recorder recorder;
     auto const revision = chunk->getImageRevision();
     osg::FieldContainerPtr::_ignore_change = true;
@@ -258,6 +261,16 @@ TEST_F(ContainerTest, TextureKeepsCountsAndParentsOfItsImage)
     osg::markChanged(a, osg::Image::PixelsFieldMask);
     EXPECT_EQ(chunk->getImageRevision(), revision + 1) << "told by the image";
     EXPECT_EQ(recorder.take({{"A", a}, {"chunk", chunk}}), "!chunk.image !chunk.minFilter !A.pixels");
+}
+
+TEST_F(ContainerTest, TextureKeepsCountsAndParentsOfItsImage)
+{
+    auto const chunk = hold(osg::create<osg::TextureChunk>()), other = osg::create<osg::TextureChunk>();
+    osg::ImagePtr const a = makeImage(1, 1), b = makeImage(1, 1);
+    using Users = std::vector<osg::FieldContainerPtr>;
+    chunk->setImage(a);
+    other->setImage(a);
+    Recorder recorder;
     chunk->setImage(a);
     EXPECT_EQ(a->parents, (Users{other, chunk})) << "the entry moves to the end";
     EXPECT_EQ(a->parents.front().getParentEPos(), osg::TextureChunk::ImageFieldId);

@@ -177,16 +177,22 @@ TEST_P(OpenGLTest, UnscaledOverlaysAgreeWithTheStamp)
     }
 }
 
-TEST_P(OpenGLTest, ScaledPicturesEqualTheStamp)
+/// Of two images of 96 by 64.
+void drawDiscAndCheckers(std::vector<osg::UInt8>& disc, std::vector<osg::UInt8>& checkers)
 {
-    osg::ImagePtr const disc = makeImage(96, 64), checkers = makeImage(96, 64), frame = makeFrame(420, 300, 255);
-    for (std::size_t i = 0; i < disc->pixels.size(); ++i)
+    for (std::size_t i = 0; i < disc.size(); ++i)
     {
         std::size_t const x = i / 4 % 96, y = i / 4 / 96;
         double const alpha = 100 + 155 * std::clamp(24.5 - std::hypot(double(x) - 48, double(y) - 32), 0.0, 1.0);
-        disc->pixels[i] = osg::UInt8(i % 4 == 3 ? alpha : alpha * (0.5 + 0.5 * std::sin(double(x + i % 4 * y) * 0.05)));
-        checkers->pixels[i] = (x + y) % 2 ? 255 : 0;
+        disc[i] = osg::UInt8(i % 4 == 3 ? alpha : alpha * (0.5 + 0.5 * std::sin(double(x + i % 4 * y) * 0.05)));
+        checkers[i] = (x + y) % 2 ? 255 : 0;
     }
+}
+
+TEST_P(OpenGLTest, ScaledPicturesEqualTheStamp)
+{
+    osg::ImagePtr const disc = makeImage(96, 64), checkers = makeImage(96, 64), frame = makeFrame(420, 300, 255);
+    drawDiscAndCheckers(disc->pixels, checkers->pixels);
     for (auto const& [name, picture] : {std::pair{"disc", disc}, {"checkers", checkers}, {"noise", makeNoise(96, 64)}})
     {
         osg::OverlayPtr const overlay = makePicture(picture);
@@ -380,6 +386,34 @@ std::size_t changeSince(std::vector<std::array<GLint, 4>> const& before)
     return change == now.end() ? 0 : std::size_t(change - now.begin());
 }
 
+/// What a host may have set, so that nothing would be drawn, or something else.
+void spoilState(bool isES)
+{
+    glDisable(GL_BLEND);
+    for (int capability : {GL_CULL_FACE, GL_DEPTH_TEST, GL_SCISSOR_TEST, GL_STENCIL_TEST, GL_RASTERIZER_DISCARD,
+                           GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SAMPLE_COVERAGE})
+        glEnable(GLenum(capability));
+    glCullFace(GL_FRONT_AND_BACK);
+    glDepthFunc(GL_NEVER);
+    if (!isES && epoxy_gl_version() >= 45)
+        glClipControl(GL_UPPER_LEFT, GL_ZERO_TO_ONE);
+    glScissor(1, 2, 3, 4);
+    glViewport(5, 6, 7, 8);
+    glBlendFuncSeparate(GL_DST_COLOR, GL_ZERO, GL_ZERO, GL_ONE);
+    glBlendEquationSeparate(GL_FUNC_SUBTRACT, GL_FUNC_REVERSE_SUBTRACT);
+    int value = 8;
+    for (int parameter : {GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS})
+        glPixelStorei(GLenum(parameter), value--);
+    if (!isES)
+    {
+        for (int capability : {GL_COLOR_LOGIC_OP, GL_FRAMEBUFFER_SRGB, GL_POLYGON_SMOOTH, GL_SAMPLE_ALPHA_TO_ONE})
+            glEnable(GLenum(capability));
+        glLogicOp(GL_XOR);
+        glPolygonMode(GL_FRONT_AND_BACK, GL_POINT);
+        glEnablei(GL_BLEND, 1);
+    }
+}
+
 TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
 {
     osg::OverlayPtr const label = makeLabel();
@@ -390,35 +424,13 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
     while (!glIsProgram(lastProgram))
         --lastProgram;
     startFrom(frame);
-    glDisable(GL_BLEND);
     glUseProgram(lastProgram);
     glBindTexture(GL_TEXTURE_2D, make(glGenTextures));
     glBindSampler(0, make(glGenSamplers));
     glBindVertexArray(make(glGenVertexArrays));
     glBindBuffer(GL_ARRAY_BUFFER, make(glGenBuffers));
     glBindBuffer(GL_PIXEL_UNPACK_BUFFER, make(glGenBuffers));
-    for (int capability : {GL_CULL_FACE, GL_DEPTH_TEST, GL_SCISSOR_TEST, GL_STENCIL_TEST, GL_RASTERIZER_DISCARD,
-                           GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SAMPLE_COVERAGE})
-        glEnable(GLenum(capability));
-    glCullFace(GL_FRONT_AND_BACK);
-    glDepthFunc(GL_NEVER);
-    if (!GetParam() && epoxy_gl_version() >= 45)
-        glClipControl(GL_UPPER_LEFT, GL_ZERO_TO_ONE);
-    glScissor(1, 2, 3, 4);
-    glViewport(5, 6, 7, 8);
-    glBlendFuncSeparate(GL_DST_COLOR, GL_ZERO, GL_ZERO, GL_ONE);
-    glBlendEquationSeparate(GL_FUNC_SUBTRACT, GL_FUNC_REVERSE_SUBTRACT);
-    int value = 8;
-    for (int parameter : {GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS})
-        glPixelStorei(GLenum(parameter), value--);
-    if (!GetParam())
-    {
-        for (int capability : {GL_COLOR_LOGIC_OP, GL_FRAMEBUFFER_SRGB, GL_POLYGON_SMOOTH, GL_SAMPLE_ALPHA_TO_ONE})
-            glEnable(GLenum(capability));
-        glLogicOp(GL_XOR);
-        glPolygonMode(GL_FRONT_AND_BACK, GL_POINT);
-        glEnablei(GL_BLEND, 1);
-    }
+    spoilState(GetParam());
     auto const atUnit0 = readState();
     glActiveTexture(GL_TEXTURE3);
     glBindTexture(GL_TEXTURE_2D, make(glGenTextures));
@@ -433,8 +445,15 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
     EXPECT_EQ(changeSince(atUnit0), 0u);
     EXPECT_TRUE(GetParam() || glIsEnabledi(GL_BLEND, 1));
     EXPECT_EQ(difference(readBack(64, 48), expected), 0);
+}
 
-    // A frame of several viewports that fails before its end.
+TEST_P(OpenGLTest, AFrameOfSeveralViewportsThatFailsBeforeItsEndShowsWhatCameBeforeAndLeavesTheState)
+{
+    osg::OverlayPtr const label = makeLabel();
+    drawOver(makeFrame(64, 48, 255), {label});
+    osg::ViewportPtr const viewport = makeViewport(64, 48);
+    spoilState(GetParam());
+    auto const before = readState();
     viewport->foregrounds = {label->foreground, label->foreground, hold(osg::create<FailingForeground>())};
     osg::UInt64 const draws = action.getNumDraws();
     auto const drawFrame = [&] {
@@ -443,58 +462,75 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
         viewport->render(&action);
     };
     EXPECT_THROW(drawFrame(), std::runtime_error);
-    EXPECT_EQ(changeSince(atUnit0), 0u);
-    EXPECT_EQ(action.getNumDraws(), draws + 3) << "what came before the failure";
+    EXPECT_EQ(changeSince(before), 0u);
+    EXPECT_EQ(action.getNumDraws(), draws + 3);
 }
 
+/// Draws with an action into a viewport.
+struct Brush
+{
+    osg::DrawActionBase& action;
+    osg::ViewportPtr viewport;
+
+    void draw(osg::OverlayPtr const& overlay, int left) const
+    {
+        viewport->pixelLeft = left;
+        overlay->foreground->draw(&action, viewport.get());
+    }
+
+    void show(osg::OverlayPtr const& overlay, int left) const
+    {
+        ztOverlays::updateOverlay(overlay, 32, 32);
+        draw(overlay, left);
+    }
+};
+
+void drawChanging(Brush const& brush, osg::OverlayPtr const& square)
+{
+    osg::PolygonForeground2Ptr const foreground = square->foreground;
+    brush.show(square, 0);
+    for (int value : {50, 100})
+    {
+        std::fill(square->image->pixels.begin(), square->image->pixels.end(), osg::UInt8(value));
+        osg::markChanged(square->image, osg::Image::PixelsFieldMask);
+        square->size += 5; // resampled
+        brush.show(square, value / 2);
+    }
+    chunkOf<osg::BlendChunk>(square, 1)->destFactor = GL_ONE;
+    foreground->positions[2].x -= 9; // a quadrangle that the chunk's filters draw
+    SceneTest::textureOf(square)->minFilter = GL_LINEAR_MIPMAP_LINEAR;
+    brush.draw(square, 3);
+    for (std::string const gray : {"0.3", "0.6"})
+    {
+        chunkOf<osg::ShaderChunk>(square, 2)->fragmentProgram =
+            "out lowp vec4 color; void main() { color = vec4(" + gray + "); }";
+        osg::markChanged(chunkOf<osg::ShaderChunk>(square, 2), osg::ShaderChunk::FragmentProgramFieldMask);
+        brush.draw(square, 9);
+    }
+    foreground->positions.resize(2);
+    brush.draw(square, 0);
+}
+
+void drawGoing(Brush const& brush, osg::ImagePtr const& picture, float x)
+{
+    osg::RefPtr<osg::Node> const node(ztOverlays::createOverlay(osg::NullFC));
+    osg::OverlayPtr const overlay = SceneTest::overlayOf(node);
+    overlay->contentType = osg::Overlay::ContentImage;
+    osg::setRefdCP(overlay->image, picture);
+    overlay->offset.x = x;
+    brush.show(overlay, 0);
+}
+
+// What is drawn changes or goes before the frame ends.
 TEST_P(OpenGLTest, AFrameShowsWhatItsPolygonsShowOneByOne)
 {
     osg::ImagePtr const frame = makeFrame(64, 32, 255);
-    osg::ViewportPtr const viewport = makeViewport(32, 32);
-    // What is drawn changes or goes before the frame ends.
+    Brush const brush{action, makeViewport(32, 32)};
     auto const drawAll = [&] {
-        osg::OverlayPtr const square = makeSquare(20, {200, 0, 0, 255}), label = makeLabel();
-        osg::PolygonForeground2Ptr const foreground = square->foreground;
-        auto const draw = [&](osg::OverlayPtr const& overlay, int left) {
-            viewport->pixelLeft = left;
-            overlay->foreground->draw(&action, viewport.get());
-        };
-        auto const show = [&](osg::OverlayPtr const& overlay, int left) {
-            ztOverlays::updateOverlay(overlay, 32, 32);
-            draw(overlay, left);
-        };
-        show(square, 0);
-        for (int value : {50, 100})
-        {
-            std::fill(square->image->pixels.begin(), square->image->pixels.end(), osg::UInt8(value));
-            osg::markChanged(square->image, osg::Image::PixelsFieldMask);
-            square->size += 5; // resampled
-            show(square, value / 2);
-        }
-        chunkOf<osg::BlendChunk>(square, 1)->destFactor = GL_ONE;
-        foreground->positions[2].x -= 9; // a quadrangle that the chunk's filters draw
-        textureOf(square)->minFilter = GL_LINEAR_MIPMAP_LINEAR;
-        draw(square, 3);
-        for (std::string const gray : {"0.3", "0.6"})
-        {
-            chunkOf<osg::ShaderChunk>(square, 2)->fragmentProgram =
-                "out lowp vec4 color; void main() { color = vec4(" + gray + "); }";
-            osg::markChanged(chunkOf<osg::ShaderChunk>(square, 2), osg::ShaderChunk::FragmentProgramFieldMask);
-            draw(square, 9);
-        }
-        foreground->positions.resize(2);
-        draw(square, 0);
-        for (int i = 0; i < 3; ++i)
-        {
-            osg::NodePtr const going = ztOverlays::createOverlay(osg::NullFC);
-            osg::addRef(going);
-            overlayOf(going)->contentType = osg::Overlay::ContentImage;
-            osg::setRefdCP(overlayOf(going)->image, makeNoise(5, 5));
-            overlayOf(going)->offset.x = 5.0f * float(i);
-            show(overlayOf(going), 0);
-            osg::subRef(going);
-        }
-        show(label, 32);
+        drawChanging(brush, makeSquare(20, {200, 0, 0, 255}));
+        for (float const x : {0.0f, 5.0f, 10.0f})
+            drawGoing(brush, makeNoise(5, 5), x);
+        brush.show(makeLabel(), 32);
     };
     osg::ImagePtr shown[2];
     for (bool inFrame : {false, true})
@@ -505,7 +541,7 @@ TEST_P(OpenGLTest, AFrameShowsWhatItsPolygonsShowOneByOne)
         if (inFrame)
         {
             osg::DrawFrame const whole(action);
-            viewport->render(&action); // a frame within, of none
+            brush.viewport->render(&action); // a frame within, of none
             drawAll();
             EXPECT_EQ(action.getNumDraws(), draws) << "nothing is drawn before the end";
             EXPECT_EQ(difference(readBack(64, 32), frame), 0);
@@ -543,8 +579,12 @@ TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
     EXPECT_EQ(std::pair(column(3), column(4)), std::pair(0, 255));
     blend->srcFactor = blend->destFactor = GL_ONE;
     EXPECT_EQ(column(0), 100) << "added";
+}
 
-    // Eight texels a pixel in stripes: a mipmap evens them out, the nearest texel doesn't.
+// Eight texels a pixel in stripes: a mipmap evens them out, the nearest texel doesn't.
+TEST_P(OpenGLTest, MipmapsAreOfTheNewestPixels)
+{
+    osg::ImagePtr const frame = makeImage(8, 8);
     osg::OverlayPtr const striped = makePicture(makeImage(64, 64, {0, 0, 0, 255}), 8);
     striped->foreground->texCoords[2].x = 1.0f - 1e-6f;
     for (std::size_t i = 0; i < striped->image->pixels.size(); i += 8)
@@ -556,9 +596,12 @@ TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
     textureOf(striped)->minFilter = GL_LINEAR_MIPMAP_LINEAR;
     std::fill(striped->image->pixels.begin(), striped->image->pixels.end(), 255);
     osg::markChanged(striped->image, osg::Image::PixelsFieldMask);
-    EXPECT_EQ(gray(), 255) << "of the new pixels";
+    EXPECT_EQ(gray(), 255);
+}
 
-    // Alpha 128 and colour 64, over black.
+// Alpha 128 and colour 64, over black.
+TEST_P(OpenGLTest, ShaderChunksMeanWhatTheySay)
+{
     osg::OverlayPtr const square = makeSquare(4, {64, 64, 64, 128});
     for (auto const& [straightAlpha, opaque, expected] :
          {std::tuple{false, false, 64}, {true, false, 32}, {false, true, 128}, {true, true, 64}})
@@ -575,46 +618,55 @@ TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
     EXPECT_NEAR(pixelAt(drawOver(makeImage(8, 8), {square}), 1, 1)[0], 32, 1) << "sources of the same length";
 }
 
-TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
+void setWideImage(osg::OverlayPtr const& overlay, osg::ViewportPtr const&)
 {
     GLint most;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &most);
+    auto const image = osg::create<osg::Image>();
+    image->set(osg::Image::FormatRGBA, most + 1, 1, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
+    SceneTest::textureOf(overlay)->setImage(image);
+}
+
+using O = osg::OverlayPtr const&;
+using V = osg::ViewportPtr const&;
+std::pair<char const*, void (*)(O, V)> const spoilers[] = {
+    {"no texture, blend or shader chunk", [](O o, V) { osg::setRefdCP(o->foreground->material, osg::NullFC); }},
+    {"no texture, blend or shader chunk",
+     [](O o, V) { osg::setRefdCP(o->foreground->material, osg::create<osg::ChunkMaterial>()); }},
+    {"no image", [](O o, V) { SceneTest::textureOf(o)->setImage(osg::NullFC); }},
+    {"no image", [](O o, V) { SceneTest::textureOf(o)->setImage(osg::create<osg::Image>()); }},
+    {"limit", setWideImage},
+    {"compile", [](O o, V) { chunkOf<osg::ShaderChunk>(o, 2)->fragmentProgram = "void main() { broken }"; }},
+    {"link", [](O o, V) { chunkOf<osg::ShaderChunk>(o, 2)->vertexProgram = "out int imagePoint; void main() {}"; }},
+    {"OpenGL error",
+     [](O o, V) {
+         chunkOf<osg::ShaderChunk>(o, 2)->fragmentProgram =
+             "precision highp float; uniform sampler2D image; uniform samplerCube other; out vec4 color;"
+             "void main() { color = texture(image, vec2(0)) + texture(other, vec3(1)); }";
+     }},
+    {"OpenGL error",
+     [](O o, V) {
+         chunkOf<osg::ShaderChunk>(o, 2)->vertexProgram =
+             "uniform float pixelsToClip; out vec2 imagePoint; void main() { gl_Position = vec4(pixelsToClip);"
+             "imagePoint = vec2(0); }";
+     }},
+    {"OpenGL error", [](O o, V) { SceneTest::textureOf(o)->wrapS = 12345; }},
+    {"OpenGL error", [](O o, V) { chunkOf<osg::BlendChunk>(o, 1)->srcFactor = 7; }},
+    {"OpenGL error", [](O, V) { glBindFramebuffer(GL_FRAMEBUFFER, 0); }},
+    {"shows nothing", [](O, V v) { v->pixelWidth = 0; }},
+    {"shows nothing",
+     [](O, V v) {
+         osg::setRefdCP(v->camera, SceneTest::createTile(8, 8));
+         v->pixelWidth = -8;
+     }},
+    {"corners", [](O o, V) { o->foreground->positions.resize(2); }},
+    {"corners", [](O o, V) { o->foreground->texCoords.resize(3); }},
+    {"no OpenGL context", [](O, V) { eglMakeCurrent(eglGetCurrentDisplay(), nullptr, nullptr, nullptr); }},
+};
+
+TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
+{
     osg::ViewportPtr viewport;
-    using O = osg::OverlayPtr const&;
-    std::pair<char const*, std::function<void(O)>> const spoilers[] = {
-        {"no texture, blend or shader chunk", [](O o) { osg::setRefdCP(o->foreground->material, osg::NullFC); }},
-        {"no texture, blend or shader chunk",
-         [](O o) { osg::setRefdCP(o->foreground->material, osg::create<osg::ChunkMaterial>()); }},
-        {"no image", [](O o) { textureOf(o)->setImage(osg::NullFC); }},
-        {"no image", [this](O o) { textureOf(o)->setImage(makeImage(0, 0)); }},
-        {"limit", [&](O o) { textureOf(o)->setImage(makeImage(most + 1, 1)); }},
-        {"compile", [](O o) { chunkOf<osg::ShaderChunk>(o, 2)->fragmentProgram = "void main() { broken }"; }},
-        {"link", [](O o) { chunkOf<osg::ShaderChunk>(o, 2)->vertexProgram = "out int imagePoint; void main() {}"; }},
-        {"OpenGL error",
-         [](O o) {
-             chunkOf<osg::ShaderChunk>(o, 2)->fragmentProgram =
-                 "precision highp float; uniform sampler2D image; uniform samplerCube other; out vec4 color;"
-                 "void main() { color = texture(image, vec2(0)) + texture(other, vec3(1)); }";
-         }},
-        {"OpenGL error",
-         [](O o) {
-             chunkOf<osg::ShaderChunk>(o, 2)->vertexProgram =
-                 "uniform float pixelsToClip; out vec2 imagePoint; void main() { gl_Position = vec4(pixelsToClip);"
-                 "imagePoint = vec2(0); }";
-         }},
-        {"OpenGL error", [](O o) { textureOf(o)->wrapS = 12345; }},
-        {"OpenGL error", [](O o) { chunkOf<osg::BlendChunk>(o, 1)->srcFactor = 7; }},
-        {"OpenGL error", [](O) { glBindFramebuffer(GL_FRAMEBUFFER, 0); }},
-        {"shows nothing", [&](O) { viewport->pixelWidth = 0; }},
-        {"shows nothing",
-         [&](O) {
-             osg::setRefdCP(viewport->camera, createTile(8, 8));
-             viewport->pixelWidth = -8;
-         }},
-        {"corners", [](O o) { o->foreground->positions.resize(2); }},
-        {"corners", [](O o) { o->foreground->texCoords.resize(3); }},
-        {"no OpenGL context", [this](O) { context.leave(); }},
-    };
     osg::ImagePtr const frame = makeImage(8, 8);
     for (auto const& [reason, spoil] : spoilers)
         for (bool inFrame : {false, true})
@@ -625,7 +677,7 @@ TEST_P(OpenGLTest, WhatCannotBeDrawnLeavesNoTrace)
             osg::UInt64 const draws = action.getNumDraws();
             startFrom(frame);
             auto whole = inFrame ? std::make_unique<osg::DrawFrame>(action) : nullptr;
-            spoil(overlay);
+            spoil(overlay, viewport);
             overlay->foreground->draw(&action, viewport.get());
             context.makeCurrent();
             EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR)) << reason;

@@ -112,25 +112,25 @@ QByteArray const binaryStl = QByteArray(80, 's') + QByteArray("\2\0\0\0", 4) +
                              toBytes({9, 9, 9, 1, 1, 5, 5, 1, 5, 5, 4, 5}) + "ab" +
                              toBytes({9, 9, 9, 1, 1, 5, 5, 4, 5, 1, 4, 5}) + "ab";
 
+std::pair<char const*, QByteArray> const squares[] = {
+    {"a.obj", "\xef\xbb\xbf" + square + "f 1 2 3\nf 1 3 4"},
+    {"a.obj", square + "vn 0 0 3e38\nvt 0.5\nf 1//1 -3/1/-1 3/-1 4/"},
+    {"a.obj", "mtllib a.mtl\n# a square\n" + square + "s 1\nl 1 9\nf 1 2 3 4 # 5\nend"},
+    {"a.obj", "\n\n\tv  +1 1.0e0 5 1.0\r\nv 5 1 5 0 0 0\r\nv 5\t4 5\r\nv 1 4 5 \r\n f 1  2\\\n3 \\\r\n4\r\n"},
+    {"a.obj", "v -2.4e38 -1.8e38 0\nv 2.4e38 -1.8e38 0\nv 2.4e38 1.8e38 0\nv -2.4e38 1.8e38 0\nf 1 2 3 4"},
+    {"a.stl", "solid a\nouter loop\nvertex 1 1 5\nvertex 5 1 5 vertex +5 4 5\nvertex 1 1 5 vertex 5 4 5 vertex 1 4 5"},
+    {"a.STL", binaryStl},
+    {"a.ply", squarePly + "1 1 5 5 1 5\n5 4 5\n1 4 5\n4 0 1 2 3"},
+    {"a.ply", binaryPly("binary_little_endian", QDataStream::LittleEndian)},
+    {"a.ply", binaryPly("binary_big_endian", QDataStream::BigEndian)},
+};
+
 TEST_F(Viewer, ReadsASquareSpeltInManyWays)
 {
     float const x = 0.8f, y = 0.6f;
     QVector3D const corners[] = {{-x, -y, 0.0f}, {x, -y, 0.0f}, {x, y, 0.0f},
                                  {-x, -y, 0.0f}, {x, y, 0.0f},  {-x, y, 0.0f}};
-    std::pair<char const*, QByteArray> const rows[] = {
-        {"a.obj", "\xef\xbb\xbf" + square + "f 1 2 3\nf 1 3 4"},
-        {"a.obj", square + "vn 0 0 3e38\nvt 0.5\nf 1//1 -3/1/-1 3/-1 4/"},
-        {"a.obj", "mtllib a.mtl\n# a square\n" + square + "s 1\nl 1 9\nf 1 2 3 4 # 5\nend"},
-        {"a.obj", "\n\n\tv  +1 1.0e0 5 1.0\r\nv 5 1 5 0 0 0\r\nv 5\t4 5\r\nv 1 4 5 \r\n f 1  2\\\n3 \\\r\n4\r\n"},
-        {"a.obj", "v -2.4e38 -1.8e38 0\nv 2.4e38 -1.8e38 0\nv 2.4e38 1.8e38 0\nv -2.4e38 1.8e38 0\nf 1 2 3 4"},
-        {"a.stl",
-         "solid a\nouter loop\nvertex 1 1 5\nvertex 5 1 5 vertex +5 4 5\nvertex 1 1 5 vertex 5 4 5 vertex 1 4 5"},
-        {"a.STL", binaryStl},
-        {"a.ply", squarePly + "1 1 5 5 1 5\n5 4 5\n1 4 5\n4 0 1 2 3"},
-        {"a.ply", binaryPly("binary_little_endian", QDataStream::LittleEndian)},
-        {"a.ply", binaryPly("binary_big_endian", QDataStream::BigEndian)},
-    };
-    for (auto const& [name, bytes] : rows)
+    for (auto const& [name, bytes] : squares)
     {
         write(name, bytes);
         Mesh const mesh = readMeshFile(name);
@@ -172,6 +172,35 @@ TEST_F(Viewer, ReadsTheColorsOfMaterialsAndVertices)
     EXPECT_EQ(triangle.at(1).normal, QVector3D(0, 0, 1)) << "of the surface, without one of its own";
 }
 
+std::pair<QByteArray, std::string> const wrongMeshes[] = {
+    {square, "line 5: expected a face before the end of the file"},
+    {"#\n\nv 1 2 x # 3", R"(line 3: expected three numbers, got "1 2 x ")"},
+    {"v 1 1e39 3", R"(line 1: expected three numbers, got "1 1e39 3")"},
+    {square + "f 1 2 \\\n3\nf 1 2", R"(line 7: expected three or more corners, got "1 2")"},
+    {square + "f 0 1 2", R"(line 5: expected the number of one of the 4 vertices above, got "0")"},
+    {square + "f 1 2 5", R"(line 5: expected the number of one of the 4 vertices above, got "5")"},
+    {square + "f 1 2 -5", R"(line 5: expected the number of one of the 4 vertices above, got "-5")"},
+    {square + "f 1 2 3.5", R"(line 5: expected the number of one of the 4 vertices above, got "3.5")"},
+    {square + "f 1/1 2", R"(line 5: expected the number of one of the 0 texture coordinates above, got "1")"},
+    {square + "vn 0 0 1\nf 3//2", R"(line 6: expected the number of one of the 1 normals above, got "2")"},
+    {"v " + QByteArray(99, '1'), "line 1: expected three numbers, got \"" + std::string(60, '1') + "...\""},
+    {"\n" + QByteArray(1 << 21, '1'), "line 2: expected 1048576 bytes at most"},
+    {"\n" + QByteArray("1\\\n").repeated(1 << 20), "line 2: expected 1048576 bytes at most"},
+};
+
+std::tuple<char const*, QByteArray, std::string> const wrongFiles[] = {
+    {"a.stl", "solid a\nvertex 1 2 x", R"(line 2: expected a number, got "x")"},
+    {"a.stl", "vertex 1 2 3", "expected triangles of three vertices each before the end of the file"},
+    {"a.ply", "plx", R"(expected "ply" at the beginning)"},
+    {"a.ply", "ply\nformat ascii 1.0\nelement a b\n", R"(line 3: expected how many there are, got "b")"},
+    {"a.ply", squarePly + "1 1 5 5 1 5 5 4 5 1 4 5\n3 0 1 4\n",
+     "line 11: expected the number of one of the 4 vertices above, counted from 0"},
+    {"a.ply", binaryPly("binary_little_endian", QDataStream::LittleEndian).chopped(1),
+     "expected more numbers before the end of the file"},
+    {"a.mtl", "Kd", "expected a mesh (.obj, .stl or .ply), got another kind of file"},
+    {"a.json", "{}", "expected a mesh (.obj, .stl or .ply), got an overlay file, which --overlays takes"},
+};
+
 TEST_F(Viewer, SaysInOneLineWhatIsWrong)
 {
     std::pair<char const*, std::string> const usageRows[] = {
@@ -184,41 +213,14 @@ TEST_F(Viewer, SaysInOneLineWhatIsWrong)
     for (auto const& [arguments, complaint] : usageRows)
         expectComplaint(arguments, "overlay-viewer: " + complaint + " (see --help)");
     expectComplaint(".", ".: can't read it: Is a directory");
-    std::pair<QByteArray, std::string> const meshRows[] = {
-        {square, "line 5: expected a face before the end of the file"},
-        {"#\n\nv 1 2 x # 3", R"(line 3: expected three numbers, got "1 2 x ")"},
-        {"v 1 1e39 3", R"(line 1: expected three numbers, got "1 1e39 3")"},
-        {square + "f 1 2 \\\n3\nf 1 2", R"(line 7: expected three or more corners, got "1 2")"},
-        {square + "f 0 1 2", R"(line 5: expected the number of one of the 4 vertices above, got "0")"},
-        {square + "f 1 2 5", R"(line 5: expected the number of one of the 4 vertices above, got "5")"},
-        {square + "f 1 2 -5", R"(line 5: expected the number of one of the 4 vertices above, got "-5")"},
-        {square + "f 1 2 3.5", R"(line 5: expected the number of one of the 4 vertices above, got "3.5")"},
-        {square + "f 1/1 2", R"(line 5: expected the number of one of the 0 texture coordinates above, got "1")"},
-        {square + "vn 0 0 1\nf 3//2", R"(line 6: expected the number of one of the 1 normals above, got "2")"},
-        {"v " + QByteArray(99, '1'), "line 1: expected three numbers, got \"" + std::string(60, '1') + "...\""},
-        {"\n" + QByteArray(1 << 21, '1'), "line 2: expected 1048576 bytes at most"},
-        {"\n" + QByteArray("1\\\n").repeated(1 << 20), "line 2: expected 1048576 bytes at most"},
-    };
-    for (auto const& [text, complaint] : meshRows)
+    for (auto const& [text, complaint] : wrongMeshes)
     {
         write("wrong.obj", text);
         expectComplaint("wrong.obj", "wrong.obj: " + complaint);
     }
     write("labels.json", R"({"overlays":[{"text":"a","text":"b"}]})");
     expectComplaint("--overlays labels.json", R"(labels.json: line 1, column 26: the key "text" is there already)");
-    std::tuple<char const*, QByteArray, std::string> const fileRows[] = {
-        {"a.stl", "solid a\nvertex 1 2 x", R"(line 2: expected a number, got "x")"},
-        {"a.stl", "vertex 1 2 3", "expected triangles of three vertices each before the end of the file"},
-        {"a.ply", "plx", R"(expected "ply" at the beginning)"},
-        {"a.ply", "ply\nformat ascii 1.0\nelement a b\n", R"(line 3: expected how many there are, got "b")"},
-        {"a.ply", squarePly + "1 1 5 5 1 5 5 4 5 1 4 5\n3 0 1 4\n",
-         "line 11: expected the number of one of the 4 vertices above, counted from 0"},
-        {"a.ply", binaryPly("binary_little_endian", QDataStream::LittleEndian).chopped(1),
-         "expected more numbers before the end of the file"},
-        {"a.mtl", "Kd", "expected a mesh (.obj, .stl or .ply), got another kind of file"},
-        {"a.json", "{}", "expected a mesh (.obj, .stl or .ply), got an overlay file, which --overlays takes"},
-    };
-    for (auto const& [name, bytes, complaint] : fileRows)
+    for (auto const& [name, bytes, complaint] : wrongFiles)
     {
         write(name, bytes);
         expectComplaint(name, std::string(name) + ": " + complaint);

@@ -143,34 +143,35 @@ TEST(PixelsTest, StepsLeaveWhatIsBetweenTheRows)
     });
 }
 
+static ztPixels::Kernel tent(double support)
+{
+    return {support, [=](double x) { return std::max(support - std::abs(x), 0.0); }};
+}
+
+// Catmull and Rom's, negative beyond 1.
+static double cubic(double x)
+{
+    double const t = std::abs(x);
+    return t < 1 ? (1.5 * t - 2.5) * t * t + 1 : t < 2 ? ((2.5 - 0.5 * t) * t - 4) * t + 2 : 0;
+}
+
+static std::pair<char const*, ztPixels::Kernel> const kernels[] = {
+    {"triangle", ztPixels::triangle()},
+    {"wide", tent(2.5)},
+    {"narrow", tent(0.7)},
+    {"with gaps", tent(0.1)},
+    {"nothing", tent(0)},
+    {"below nothing", tent(-1)},
+    {"no number", tent(std::nan(""))},
+    {"negative weights", {2, cubic}},
+    {"steps at its support", {1.2, [](double) { return 1; }}},
+    {"weights that cancel out", {1.5, [](double x) { return (x > 0) - (x < 0); }}},
+    {"infinite weights", {1, [](double) { return std::numeric_limits<double>::infinity(); }}},
+};
+
 TEST(PixelsTest, ResamplingAgreesWithTheReference)
 {
-    auto const cubic = [](double x) { // Catmull and Rom's, negative beyond 1
-        double const t = std::abs(x);
-        return t < 1 ? (1.5 * t - 2.5) * t * t + 1 : t < 2 ? ((2.5 - 0.5 * t) * t - 4) * t + 2 : 0;
-    };
-    struct Row
-    {
-        char const* name;
-        ztPixels::Kernel kernel;
-    };
-    auto const tent = [](double support) {
-        return ztPixels::Kernel{support, [=](double x) { return std::max(support - std::abs(x), 0.0); }};
-    };
-    double const infinity = std::numeric_limits<double>::infinity();
-    for (Row const& row : {Row{"triangle", ztPixels::triangle()},
-                           {"wide", tent(2.5)},
-                           {"narrow", tent(0.7)},
-                           {"with gaps", tent(0.1)},
-                           {"nothing", tent(0)},
-                           {"below nothing", tent(-1)},
-                           {"no number", tent(std::nan(""))},
-                           {"negative weights", {2, cubic}},
-                           {"steps at its support", {1.2, [](double) { return 1; }}},
-                           {"weights that cancel out", {1.5, [](double x) { return x > 0   ? 1
-                                                                                   : x < 0 ? -1
-                                                                                           : 0; }}},
-                           {"infinite weights", {1, [=](double) { return infinity; }}}})
+    for (auto const& [name, kernel] : kernels)
         for (auto const& [from, to] : {std::pair{std::pair{17, 11}, std::pair{17, 11}},
                                        {{17, 11}, {34, 22}},
                                        {{17, 11}, {17, 5}},
@@ -181,17 +182,16 @@ TEST(PixelsTest, ResamplingAgreesWithTheReference)
                                        {{1, 1}, {9, 2}},
                                        {{3, 40}, {70, 6}}})
         {
-            SCOPED_TRACE(row.name);
+            SCOPED_TRACE(name);
             Bytes const source = randomBytes(std::size_t(from.first * from.second * 4));
             Bytes scaled(std::size_t(to.first * to.second * 4)), first;
-            onEveryTarget([&, from = from, to = to] {
-                ztPixels::resample(source.data(), from.first, from.second, scaled.data(), to.first, to.second,
-                                   row.kernel);
+            onEveryTarget([&, from = from, to = to, &kernel = kernel] {
+                ztPixels::resample(source.data(), from.first, from.second, scaled.data(), to.first, to.second, kernel);
                 first = first.empty() ? scaled : first;
                 ASSERT_EQ(scaled, first);
             });
             for (std::size_t i = 0; i < scaled.size(); ++i)
-                ASSERT_NEAR(scaled[i], resampled(source, from.first, from.second, to.first, to.second, i, row.kernel),
+                ASSERT_NEAR(scaled[i], resampled(source, from.first, from.second, to.first, to.second, i, kernel),
                             0.501)
                     << from.first << 'x' << from.second << " to " << to.first << 'x' << to.second << ", byte " << i;
         }

@@ -20,26 +20,21 @@ static osg::CameraPtr createCamera(char kind, float aspect)
     return perspective;
 }
 
+static constexpr int odd = (1 << 24) + 1; // no float
+
+// Cameras from the outermost inwards (S sheared stereo, T tile of 5000 by 4000, U tile of 80 by 60, P perspective of
+// the aspect that follows), the viewport's size and that of the layout.
+static std::tuple<std::string, float, int, int, int, int> const cameraChains[] = {
+    {"P", 1.5f, 801, 600, 801, 600},     {"S", 1.5f, 801, 600, 801, 600},       {"SSP", 1.5f, 801, 600, 801, 600},
+    {"STP", 1.5f, 800, 600, 5000, 4000}, {"TUP", 1.0f, 800, 600, 5000, 4000},   {"SP", 1.0f, odd, odd, odd, odd},
+    {"SP", 1.5f, 801, 600, 1201, 600},   {"SP", 0.3f, 800, 600, 800, 1999},     {"SP", 0.1f, 800, 600, 800, 6000},
+    {"SP", 1.3f, 10, 10, 13, 10},        {"SP", std::nanf(""), 80, 60, 80, 60},
+};
+
 TEST_F(PlacementTest, LayoutSizeFollowsTheChainOfCameras)
 {
     int width = -1, height = -1;
-    constexpr int odd = (1 << 24) + 1; // no float
-    // Cameras from the outermost inwards (S sheared stereo, T tile of 5000 by 4000, U tile of 80 by 60, P perspective
-    // of the aspect that follows), the viewport's size and that of the layout.
-    using Row = std::tuple<std::string, float, int, int, int, int>;
-    for (auto const& [chain, aspect, pixelWidth, pixelHeight, expectedWidth, expectedHeight] : {
-             Row{"P", 1.5f, 801, 600, 801, 600},
-             {"S", 1.5f, 801, 600, 801, 600},
-             {"SSP", 1.5f, 801, 600, 801, 600},
-             {"STP", 1.5f, 800, 600, 5000, 4000},
-             {"TUP", 1.0f, 800, 600, 5000, 4000},
-             {"SP", 1.0f, odd, odd, odd, odd},
-             {"SP", 1.5f, 801, 600, 1201, 600},
-             {"SP", 0.3f, 800, 600, 800, 1999},
-             {"SP", 0.1f, 800, 600, 800, 6000},
-             {"SP", 1.3f, 10, 10, 13, 10},
-             {"SP", std::nanf(""), 80, 60, 80, 60},
-         })
+    for (auto const& [chain, aspect, pixelWidth, pixelHeight, expectedWidth, expectedHeight] : cameraChains)
     {
         osg::ViewportPtr const viewport = makeViewport(pixelWidth, pixelHeight);
         osg::CameraPtr* end = &viewport->camera;

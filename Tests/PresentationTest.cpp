@@ -13,13 +13,11 @@ TEST_F(PresentationTest, FindsTheNameOfNodeElseCoreElseTypeInTheOrderOfTheWalk)
     group->travMask = 0;
     std::vector<osg::NodePtr> nodes;
     char const* const none = nullptr;
-    for (auto const& [hasCore, nodeName, coreName, expected] : {std::tuple{true, "label", "core", "label"},
-                                                                {true, none, none, "Overlay"},
-                                                                {true, none, "core", "core"},
-                                                                {false, "label", none, "label"},
-                                                                {true, "", "core", ""},
-                                                                {true, none, "", ""},
-                                                                {false, none, none, none}})
+    std::tuple<bool, char const*, char const*, char const*> const rows[] = {
+        {true, "label", "core", "label"}, {true, none, none, "Overlay"}, {true, none, "core", "core"},
+        {false, "label", none, "label"},  {true, "", "core", ""},        {true, none, "", ""},
+        {false, none, none, none}};
+    for (auto const& [hasCore, nodeName, coreName, expected] : rows)
     {
         osg::NodePtr const node =
             makeNode(hasCore ? osg::create<osg::Overlay>() : osg::NodeCorePtr(), nodes.empty() ? group : root);
@@ -66,17 +64,23 @@ class DrawingTest : public SceneTest, public osg::DrawActionBase
     std::vector<osg::MaterialPtr> drawn;
 };
 
+TEST_F(DrawingTest, NothingIsMarkedWithoutOverlays)
+{
+    osg::ViewportPtr viewport = makeViewport(10, 10);
+    for (osg::NodePtr const& root : {osg::NodePtr(), makeScene()})
+    {
+        ztOpenSGUtils::RootScope const scope(root);
+        Recorder recorder;
+        ztOverlays::addOverlays(viewport);
+        ztOverlays::removeOverlays(viewport);
+        EXPECT_EQ(recorder.take(), "");
+    }
+}
+
 TEST_F(DrawingTest, VisibleOverlaysAreAddedRemovedAndDrawn)
 {
     osg::ViewportPtr viewport = makeViewport(10, 10), null;
-    auto const operations = {ztOverlays::addOverlays, ztOverlays::removeOverlays};
-    for (auto const operation : operations)
-        operation(viewport);
     osg::NodePtr const root = makeScene();
-    Recorder recorder;
-    for (auto const operation : operations)
-        operation(viewport);
-    EXPECT_EQ(recorder.take(), "") << "no overlays";
     osg::OverlayPtr const cores[] = {makeText(""), makeText(""), makeText(""), makeText("")};
     for (int i : {2, 1, 0})
         makeNode(cores[i], root);
@@ -91,7 +95,7 @@ TEST_F(DrawingTest, VisibleOverlaysAreAddedRemovedAndDrawn)
     {
         nodeB->travMask = maskOfB;
         viewport->foregrounds = before;
-        recorder.take();
+        Recorder recorder;
         operation(null);
         operation(viewport);
         EXPECT_EQ(viewport->foregrounds, after) << before.size();
@@ -104,11 +108,19 @@ TEST_F(DrawingTest, VisibleOverlaysAreAddedRemovedAndDrawn)
     // Visibility counts for drawOverlays alone, active and frames for the viewport alone.
     osg::MaterialPtr const edge;
     EXPECT_EQ(drawn, (std::vector{a->material, c->material, edge, x->material, b->material, edge}));
+}
 
-    makeNode(cores[2], root);
-    viewport->foregrounds = {c, x, c, c};
+TEST_F(DrawingTest, ACoreUnderTwoNodesIsTakenOutTwice)
+{
+    osg::NodePtr const root = makeScene();
+    osg::OverlayPtr const overlay = makeText("");
+    makeNode(overlay, root);
+    makeNode(overlay, root);
+    osg::ViewportPtr viewport = makeViewport(10, 10);
+    viewport->foregrounds = {overlay->foreground, makeText("")->foreground, overlay->foreground, overlay->foreground};
+    std::vector<osg::ForegroundPtr> const left(viewport->foregrounds.begin() + 1, viewport->foregrounds.end() - 1);
     ztOverlays::removeOverlays(viewport);
-    EXPECT_EQ(viewport->foregrounds, (List{x, c})) << "a core under two nodes is taken out twice";
+    EXPECT_EQ(viewport->foregrounds, left);
 }
 
 TEST_F(DrawingTest, ListMayBeEditedWhileItIsDrawn)
@@ -131,14 +143,11 @@ TEST_F(DrawingTest, ListMayBeEditedWhileItIsDrawn)
     {
         list.clear();
         drawn.clear();
-        std::vector<osg::MaterialPtr> sequence{osg::NullFC}, materials;
         for (int i = 0; i < 3; ++i)
-        {
             list.push_back(overlayOf(ztOverlays::createOverlay(root))->foreground);
-            materials.push_back(overlayOf(root->children.back())->foreground->material);
-        }
+        std::vector<osg::MaterialPtr> sequence{osg::NullFC};
         for (int const place : expected)
-            sequence.push_back(materials[std::size_t(place)]);
+            sequence.push_back(overlayOf(root->children[std::size_t(place)])->foreground->material);
         sequence.push_back(osg::NullFC);
         edit = action;
         viewport->render(this); // whose frame's end throws
@@ -146,6 +155,12 @@ TEST_F(DrawingTest, ListMayBeEditedWhileItIsDrawn)
         while (!root->children.empty())
             destroy(0);
     }
+}
+
+TEST_F(DrawingTest, EveryEntryOfAForegroundIsTakenOut)
+{
+    osg::ViewportPtr const viewport = makeViewport(10, 10);
+    auto& list = viewport->foregrounds;
     auto const a = makeText("")->foreground, b = makeText("")->foreground;
     list = {a, b, a, osg::NullFC};
     Recorder recorder;

@@ -15,6 +15,35 @@ static osg::ImagePtr render(osg::OverlayPtr const& overlay, int targetHeight = 6
     return SceneTest::shownImage(overlay);
 }
 
+/// Lines of text below one another.
+static QImage paintByHand(std::initializer_list<char const*> lines, QFont const& font)
+{
+    std::vector<std::unique_ptr<QTextLayout>> layouts;
+    double height = 0, width = 0;
+    for (char const* text : lines)
+    {
+        layouts.push_back(std::make_unique<QTextLayout>(text, font));
+        layouts.back()->beginLayout();
+        for (QTextLine line = layouts.back()->createLine(); line.isValid(); line = layouts.back()->createLine())
+        {
+            line.setLeadingIncluded(true);
+            line.setLineWidth(1e9);
+            line.setPosition({0, height});
+            height += line.height();
+        }
+        layouts.back()->endLayout();
+        width = std::max(width, layouts.back()->maximumWidth());
+    }
+    QImage label(int(width), int(height), QImage::Format_ARGB32_Premultiplied);
+    label.fill(QColor(25, 51, 102, 163));
+    QPainter painter(&label);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    painter.setPen(QColor(229, 204, 51, 229));
+    for (auto const& layout : layouts)
+        layout->draw(&painter, {0, 0});
+    return label;
+}
+
 TEST_F(TextRasterTest, EqualsLinesPaintedByHand)
 {
     // Scripts that are shaped, run from right to left or beyond 16 bits, a break that isn't counted, an empty line,
@@ -35,32 +64,9 @@ TEST_F(TextRasterTest, EqualsLinesPaintedByHand)
         overlay->textColor = {0.9f, 0.8f, 0.2f, 0.9f};
         overlay->backgroundColor = {0.1f, 0.2f, 0.4f};
         overlay->backgroundTransparency = {0.5f, 0.25f, 1}; // a luminance of 0.357
-
-        std::vector<std::unique_ptr<QTextLayout>> layouts;
-        double height = 0, width = 0;
-        for (char const* text : {first, "", last, ""})
-        {
-            layouts.push_back(std::make_unique<QTextLayout>(text, QFont(family, 21)));
-            layouts.back()->beginLayout();
-            for (QTextLine line = layouts.back()->createLine(); line.isValid(); line = layouts.back()->createLine())
-            {
-                line.setLeadingIncluded(true);
-                line.setLineWidth(1e9);
-                line.setPosition({0, height});
-                height += line.height();
-            }
-            layouts.back()->endLayout();
-            width = std::max(width, layouts.back()->maximumWidth());
-        }
-        QImage label(int(width), int(height), QImage::Format_ARGB32_Premultiplied);
-        label.fill(QColor(25, 51, 102, 163));
-        QPainter painter(&label);
-        painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-        painter.setPen(QColor(229, 204, 51, 229));
-        for (auto const& layout : layouts)
-            layout->draw(&painter, {0, 0});
+        QImage const expected = paintByHand({first, "", last, ""}, QFont(family, 21));
         ztOverlays::updateOverlay(overlay, 800, 600);
-        EXPECT_EQ(toQImage(shownImage(overlay)), label) << family;
+        EXPECT_EQ(toQImage(shownImage(overlay)), expected) << family;
     }
 }
 

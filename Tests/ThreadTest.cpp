@@ -43,16 +43,8 @@ class CountingAction : public osg::DrawActionBase
 
 using ThreadTest = SceneTest;
 
-/// A scene of a thread's own, from its making to its end. \return what they look like, stamped
-std::vector<osg::UInt8> showOverlays(osg::ImagePtr const& target, osg::ImagePtr const& picture,
-                                     osg::ViewportPtr viewport)
+std::vector<osg::OverlayPtr> makeOverlays(osg::NodePtr const& root, osg::ImagePtr const& picture)
 {
-    osg::ChangeList changes;
-    osg::PThreadBase::setCurrentChangeList(&changes);
-    osg::NodePtr const scene = osg::create<osg::Node>();
-    scene->setCore(osg::create<osg::MaterialPool>());
-    ztOpenSGUtils::RootScope const scope(scene);
-    osg::NodePtr const root = ztOverlays::getOverlayPoolRoot();
     std::vector<osg::OverlayPtr> overlays;
     for (int i = 0; i < 4; ++i)
     {
@@ -67,6 +59,19 @@ std::vector<osg::UInt8> showOverlays(osg::ImagePtr const& target, osg::ImagePtr 
         overlays.push_back(overlay);
         ztOverlays::updateVisibility(root->children.back());
     }
+    return overlays;
+}
+
+/// A scene of a thread's own, from its making to its end. \return what they look like, stamped
+std::vector<osg::UInt8> showOverlays(osg::ImagePtr const& target, osg::ImagePtr const& picture,
+                                     osg::ViewportPtr viewport)
+{
+    osg::ChangeList changes;
+    osg::PThreadBase::setCurrentChangeList(&changes);
+    osg::NodePtr const scene = osg::create<osg::Node>();
+    scene->setCore(osg::create<osg::MaterialPool>());
+    ztOpenSGUtils::RootScope const scope(scene);
+    std::vector<osg::OverlayPtr> const overlays = makeOverlays(ztOverlays::getOverlayPoolRoot(), picture);
     ztOverlays::updateAllOverlays(viewport);
     ztOverlays::addOverlays(viewport);
     CountingAction action;
