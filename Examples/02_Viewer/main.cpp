@@ -3,14 +3,13 @@
 #include "OSGMaterialPool.h"
 #include "OSGOpenGLDrawAction.h"
 #include "OSGRefPtr.h"
+#include "Triangle.h"
 #include "ztImage.h"
 #include "ztOpenSGUtils.h"
 #include "ztOverlayUtils.h"
 
 #include <QGuiApplication>
 #include <QImage>
-
-#include <epoxy/gl.h>
 
 #include <GLFW/glfw3.h>
 
@@ -20,31 +19,9 @@
 namespace
 {
 
-// The scene is the host's own matter.
-void prepareTriangle()
+osg::NodePtr createLabel()
 {
-    char const* const sources[] = {
-        "#version 330 core\nout vec3 tint; void main() { int i = gl_VertexID; tint = vec3(i == 0, i == 1, i == 2);"
-        "gl_Position = vec4(0.8 * (i - 1), 1.6 * (i % 2) - 0.8, 0, 1); }",
-        "#version 330 core\nin vec3 tint; out vec4 color; void main() { color = vec4(tint, 1); }"};
-    GLuint const program = glCreateProgram();
-    for (int i = 0; i < 2; ++i)
-    {
-        GLuint const shader = glCreateShader(i == 0 ? GL_VERTEX_SHADER : GL_FRAGMENT_SHADER);
-        glShaderSource(shader, 1, &sources[i], nullptr);
-        glCompileShader(shader);
-        glAttachShader(program, shader);
-    }
-    glLinkProgram(program);
-    glUseProgram(program);
-    GLuint corners; // none are read, but the core profile asks for an array
-    glGenVertexArrays(1, &corners);
-    glBindVertexArray(corners);
-}
-
-osg::NodePtr createLabel(osg::NodePtr const& pool)
-{
-    osg::NodePtr const node = ztOverlays::createOverlay(pool);
+    osg::NodePtr const node = ztOverlays::createOverlay(ztOverlays::getOverlayPoolRoot());
     auto const label = osg::dynamicCast<osg::Overlay>(node->core);
     label->text = "Take 3";
     label->size = 24.0f; // points
@@ -53,10 +30,10 @@ osg::NodePtr createLabel(osg::NodePtr const& pool)
     return node;
 }
 
-void createLogo(osg::NodePtr const& pool, char const* path)
+void createLogo(char const* path)
 {
     QImage const pixels = QImage(path).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
-    auto const logo = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(pool)->core);
+    auto const logo = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(ztOverlays::getOverlayPoolRoot())->core);
     osg::setRefdCP(logo->image, ztImage::create(pixels.width(), pixels.height(), pixels.constBits())); // holds it
     logo->contentType = osg::Overlay::ContentImage;
     logo->size = 64.0f; // its height
@@ -80,40 +57,48 @@ void save(osg::Viewport& viewport, char const* path)
     picture.mirrored().save(path);
 }
 
+GLFWwindow* openWindow()
+{
+    glfwInit();
+    glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, 3);
+    glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, 3);
+    glfwWindowHint(GLFW_OPENGL_PROFILE, GLFW_OPENGL_CORE_PROFILE);
+    GLFWwindow* const window = glfwCreateWindow(640, 360, "Overlays", nullptr, nullptr);
+    glfwMakeContextCurrent(window);
+    return window;
+}
+
+void drawTriangle(GLFWwindow* window, osg::Viewport& viewport)
+{
+    glfwGetFramebufferSize(window, &viewport.pixelWidth, &viewport.pixelHeight);
+    glViewport(0, 0, viewport.pixelWidth, viewport.pixelHeight);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glDrawArrays(GL_TRIANGLES, 0, 3);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen"); // Qt has the fonts; the window is another library's
     QGuiApplication const application(argc, argv);
-    glfwInit();
-    glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, 3);
-    glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, 3);
-    glfwWindowHint(GLFW_OPENGL_PROFILE, GLFW_OPENGL_CORE_PROFILE);
-    GLFWwindow* const window = glfwCreateWindow(640, 360, "Overlays", nullptr, nullptr);
+    GLFWwindow* const window = openWindow();
     if (!window || argc < 2)
     {
         std::cerr << "02_Viewer needs the name of a picture and a display with OpenGL 3.3\n";
         return 2;
     }
-    glfwMakeContextCurrent(window);
-
     ztOpenSGUtils::setRoot(osg::create<osg::Node>()); // holds the scene
     ztOpenSGUtils::getRoot()->setCore(osg::create<osg::MaterialPool>());
-    osg::NodePtr const pool = ztOverlays::getOverlayPoolRoot();
-    osg::NodePtr label = createLabel(pool);
-    createLogo(pool, argv[1]);
+    osg::NodePtr label = createLabel();
+    createLogo(argv[1]);
     osg::RefPtr<osg::Viewport> viewport(osg::create<osg::Viewport>());
     ztOverlays::addOverlays(viewport);
-
     prepareTriangle();
     osg::OpenGLDrawAction action;
     for (int frame = 1; !glfwWindowShouldClose(window) && (argc < 4 || frame <= 2); ++frame)
     {
-        glfwGetFramebufferSize(window, &viewport->pixelWidth, &viewport->pixelHeight);
-        glViewport(0, 0, viewport->pixelWidth, viewport->pixelHeight);
-        glClear(GL_COLOR_BUFFER_BIT);
-        glDrawArrays(GL_TRIANGLES, 0, 3);
+        drawTriangle(window, *viewport);
         ztOverlays::updateAllOverlays(viewport); // renders what is dirty, places the rest
         viewport->render(&action);               // leaves OpenGL's state as it was
         if (argc == 4)

@@ -9,6 +9,31 @@
 
 #include <iostream>
 
+namespace
+{
+
+void createLabel(osg::NodePtr const& pool)
+{
+    auto const label = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(pool)->core);
+    label->text = "Take 3";
+    label->font = "DejaVu Sans";
+    label->anchor = {0.5f, 0.05f};
+    osg::markChanged(label, osg::AllFieldsMask);
+}
+
+void createLogo(osg::NodePtr const& pool, char const* path)
+{
+    QImage const pixels = QImage(path).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
+    auto const logo = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(pool)->core);
+    osg::setRefdCP(logo->image, ztImage::create(pixels.width(), pixels.height(), pixels.constBits())); // holds it
+    logo->contentType = osg::Overlay::ContentImage;
+    logo->size = 21.3f;
+    logo->anchor = {1.0f, 1.0f};
+    osg::markChanged(logo, osg::AllFieldsMask);
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen"); // text takes fonts, not a display
@@ -23,20 +48,8 @@ int main(int argc, char** argv)
     scene->setCore(osg::create<osg::MaterialPool>());
     ztOpenSGUtils::setRoot(scene); // holds it
     osg::NodePtr const pool = ztOverlays::getOverlayPoolRoot();
-
-    auto const label = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(pool)->core);
-    label->text = "Take 3";
-    label->font = "DejaVu Sans";
-    label->anchor = {0.5f, 0.05f};
-    osg::markChanged(label, osg::AllFieldsMask);
-
-    QImage const pixels = QImage(argv[2]).convertToFormat(QImage::Format_RGBA8888_Premultiplied).mirrored();
-    auto const logo = osg::dynamicCast<osg::Overlay>(ztOverlays::createOverlay(pool)->core);
-    osg::setRefdCP(logo->image, ztImage::create(pixels.width(), pixels.height(), pixels.constBits())); // holds it
-    logo->contentType = osg::Overlay::ContentImage;
-    logo->size = 21.3f;
-    logo->anchor = {1.0f, 1.0f};
-    osg::markChanged(logo, osg::AllFieldsMask);
+    createLabel(pool);
+    createLogo(pool, argv[2]);
 
     osg::RefPtr<osg::Viewport> const viewport(osg::create<osg::Viewport>());
     viewport->pixelWidth = frame.width();
