@@ -5,6 +5,25 @@ zt_add_tests(ztOverlayStampTests
 target_compile_definitions(ztOverlayStampTests PRIVATE ZT_OVERLAY_STAMP="$<TARGET_FILE:ztOverlayStamp>")
 add_dependencies(ztOverlayStampTests ztOverlayStamp)
 
+# The schema says of the examples, the fuzz harness's files and the tests' wrong ones what the reader says.
+find_program(ZT_PYTHON python3)
+if(ZT_PYTHON)
+    execute_process(COMMAND ${ZT_PYTHON} -c "import jsonschema" RESULT_VARIABLE hasNoSchemas ERROR_QUIET)
+endif()
+if(NOT ZT_PYTHON OR hasNoSchemas)
+    message(STATUS "The overlay files' schema isn't tested: python3-jsonschema isn't there")
+else()
+    set(wrongFiles ${CMAKE_CURRENT_BINARY_DIR}/wrong-files)
+    file(MAKE_DIRECTORY ${wrongFiles})
+    add_test(NAME WrongFiles COMMAND ztOverlayStampTests --gtest_filter=OverlayStamp.SaysInOneLineWhatIsWrongInTheOverlayFile)
+    set_tests_properties(WrongFiles PROPERTIES FIXTURES_SETUP WrongFiles ENVIRONMENT ZT_WRONG_FILES=${wrongFiles})
+    add_test(NAME Schema
+        COMMAND ${ZT_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/CheckSchema.py $<TARGET_FILE:ztOverlayStamp>
+                ${PROJECT_SOURCE_DIR}/Docs/overlay-file.schema.json ${PROJECT_SOURCE_DIR}/Examples/Data
+                ${CMAKE_CURRENT_SOURCE_DIR}/Fuzz/corpus/OverlayFile ${wrongFiles})
+    set_tests_properties(Schema PROPERTIES FIXTURES_REQUIRED WrongFiles)
+endif()
+
 # The small examples; the one with a window where there are the library for it and a display.
 zt_add_tests(ztExamplesTests
     SOURCES ExamplesTest.cpp HostTest.h

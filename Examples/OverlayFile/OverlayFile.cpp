@@ -1,5 +1,6 @@
 #include "OverlayFile.h"
 
+#include "Fonts.h"
 #include "Json.h"
 
 #include <QDir>
@@ -7,17 +8,19 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <map>
 
 namespace ztExamples
 {
 
 char const overlayFileHelp[] = R"(
-Each overlay is an object with these keys; what is left out has the value in parentheses:
+Beside "overlays" the file may have "fontFiles", an array of paths of font files, relative to it as all its
+paths, and "$schema" for an editor. Each overlay is an object with these keys; what is left out has the value in parentheses:
   contentType             "text", "image" or "guide" ("text")
   text                    what a text shows, lines separated by \n; needed by a text
-  image                   path of the picture, relative to the JSON file; needed by an image
-  font                    font family of the system (its default)
+  image                   path of the picture, relative to the file; needed by an image
+  font                    font family of the system or of "fontFiles" (the system's default)
   textColor               [red, green, blue, alpha], each from 0 to 1 ([1, 1, 1, 1])
   backgroundColor         [red, green, blue] behind a text ([0, 0, 0])
   backgroundTransparency  0 is opaque and 1 is clear, or [red, green, blue], whose luminance counts (1)
@@ -65,6 +68,12 @@ Template toTemplate(QJsonValue const& value, RunValues const& run)
     QString const text = toText(value);
     expect(text.size() <= maxTextLength, QString("%1 characters at most").arg(maxTextLength), value);
     return parseTemplate(text, run);
+}
+
+void readText(QJsonValue const& value, Source& source, OverlayEntry& entry)
+{
+    entry.text = toTemplate(value, source.run);
+    entry.writtenText = value.toString();
 }
 
 void readPicture(QJsonValue const& value, Source& source, OverlayEntry& entry)
@@ -163,7 +172,7 @@ std::map<QString, Key> const& entryKeys()
         {"shadow", {Text, [](Value v, Source&, Entry e) { e.shadow = toShadow(v); }}},
         {"size", {Placed, [](Value v, Source&, Entry e) { e.size = toSize(v); }}},
         {"sizeMode", {Placed, [](Value v, Source&, Entry e) { e.sizeMode = toChoice(v, {"absolute", "relative"}); }}},
-        {"text", {Placed, [](Value v, Source& s, Entry e) { e.text = toTemplate(v, s.run); }}},
+        {"text", {Placed, readText}},
         {"textColor", {Placed, [](Value v, Source&, Entry e) { e.textColor = toColor4(v); }}},
         {"visible", {Any, [](Value v, Source&, Entry e) { e.visible = toBool(v); }}},
     };
@@ -244,11 +253,26 @@ OverlayEntry toEntry(QJsonValue const& value, QString const& place, Source& sour
     return entry;
 }
 
+/// \param value  paths, or nothing
+void addFonts(QJsonValue const& value, Source const& source)
+{
+    at("fontFiles", [&] { expect(value.isUndefined() || value.isArray(), "an array of paths", value); });
+    QJsonArray const files = value.toArray();
+    for (int i = 0; i < files.size(); ++i)
+        at(QString("fontFiles[%1]").arg(i), [&] {
+            QString const path = source.folder.filePath(toText(files[i]));
+            at("can't read " + shown(files[i]), [&] { addFont(path); });
+        });
+}
+
 std::vector<OverlayEntry> toEntries(QJsonObject const& top, Source source)
 {
+    std::vector<std::string> const known = {"$schema", "fontFiles", "overlays"};
     for (QString const& key : top.keys())
-        if (key != "overlays")
-            at(shownKey(key), [&] { complainOfKey(key, {"overlays"}); });
+        if (std::find(known.begin(), known.end(), key.toStdString()) == known.end())
+            at(shownKey(key), [&] { complainOfKey(key, known); });
+    at("$schema", [&] { toText(top.value("$schema").isUndefined() ? "" : top["$schema"]); });
+    addFonts(top["fontFiles"], source);
     QJsonValue const overlays = top["overlays"];
     at("overlays", [&] { expect(overlays.isArray(), "an array of objects", overlays); });
 

@@ -43,6 +43,8 @@ struct OverlayEntry
     std::optional<bool> visible;
     std::optional<osg::Int32> contentType;
     std::optional<Template> text;
+    /// As it stands in the file.
+    QString writtenText;
     std::optional<std::string> font;
     std::optional<osg::Color4f> textColor;
     std::optional<osg::Color3f> backgroundColor;

@@ -68,6 +68,7 @@ void addOptions(QCommandLineParser& parser)
     parser.setApplicationDescription(description);
     parser.addOptions({
         {"overlays", "JSON file with the overlays.", "FILE"},
+        {"check", "Only read a JSON file, and say in a line per overlay what it holds. It takes no images.", "FILE"},
         {"output",
          "Where the stamped image goes; the suffix says the format. One input only. - is the standard output stream, "
          "for any number of them.",
@@ -230,10 +231,18 @@ Options parseOptions(QStringList const& arguments)
     if (!options.information.isEmpty())
         return options;
 
+    options.rules.maxPixels = parseWhole(parser, "max-pixels", 0, std::numeric_limits<int>::max(), defaultMaxPixels);
+    options.values = parseValues(parser);
+    options.checkedFile = valueOf(parser, "check");
     options.overlayFile = valueOf(parser, "overlays");
+    if (!options.checkedFile.isEmpty())
+    {
+        bool const isAlone = options.overlayFile.isEmpty() && parser.positionalArguments().isEmpty();
+        require(isAlone, "--check takes neither --overlays nor images");
+        return options;
+    }
     require(!options.overlayFile.isEmpty(), "--overlays is needed");
     options.frames = parseFrames(parser);
-    options.values = parseValues(parser);
     options.outputDir = valueOf(parser, "output-dir");
     options.readsPipe = parser.positionalArguments().contains(pipe);
     options.writesPipe = valueOf(parser, "output") == pipe;
@@ -241,7 +250,6 @@ Options parseOptions(QStringList const& arguments)
     options.rules.pngCompression = parseWhole(parser, "compression", 0, 9, defaultPngCompression);
     if (parser.isSet("dpi-scale"))
         applyDpiScale(valueOf(parser, "dpi-scale"));
-    options.rules.maxPixels = parseWhole(parser, "max-pixels", 0, std::numeric_limits<int>::max(), defaultMaxPixels);
     options.rules.space = valueOf(parser, "frame-space");
     options.isQuiet = parser.isSet("quiet");
     options.isForced = parser.isSet("force");

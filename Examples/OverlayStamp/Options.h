@@ -22,6 +22,8 @@ struct FramePaths
 struct Options
 {
     QString overlayFile;
+    /// Not empty: an overlay file of which to say what it holds, and nothing else is to be done.
+    QString checkedFile;
     std::vector<FramePaths> frames;
     /// Whether the frames are the pictures of the standard input stream, in place of those above.
     bool readsPipe = false;

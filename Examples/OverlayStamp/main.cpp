@@ -2,6 +2,7 @@
 /// overlay-stamp: stamps labels and pictures onto image files. It shows the smallest host that the overlay
 /// library can have: no window, no viewport, a scene of overlays only.
 
+#include "Check.h"
 #include "Fonts.h"
 #include "Host.h"
 #include "Options.h"
@@ -45,8 +46,20 @@ void prepareFrames(Options const& options)
     nativeFrames().requireSpace(options.rules.space);
 }
 
+ExitCode check(Options const& options)
+{
+    std::vector<OverlayEntry> const entries =
+        readOverlayFile(options.checkedFile, options.rules.maxPixels, options.values);
+    requireFonts(entries);
+    for (OverlayEntry const& entry : entries)
+        printLine(describe(entry));
+    return AllDone;
+}
+
 ExitCode stamp(Options const& options)
 {
+    if (!options.checkedFile.isEmpty())
+        return check(options);
     limitThreads(options.jobs);
     std::vector<OverlayEntry> const entries =
         readOverlayFile(options.overlayFile, options.rules.maxPixels, options.values);

@@ -2,10 +2,22 @@
 
 #include "ztOverlayCheck.h"
 
+#include <QFileInfo>
+#include <QFontDatabase>
+#include <QGuiApplication>
+
 #include <stdexcept>
 
 namespace ztExamples
 {
+
+void addFont(QString const& path)
+{
+    if (!QFileInfo(path).isFile())
+        throw std::runtime_error("File not found");
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()) || QFontDatabase::addApplicationFont(path) < 0)
+        throw std::runtime_error("It is no font");
+}
 
 void requireFonts(std::vector<OverlayEntry> const& entries)
 {
