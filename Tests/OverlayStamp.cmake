@@ -23,6 +23,14 @@ else()
                 ${CMAKE_CURRENT_SOURCE_DIR}/Fuzz/corpus/OverlayFile ${wrongFiles})
     set_tests_properties(Schema PROPERTIES FIXTURES_REQUIRED WrongFiles)
 endif()
+find_program(ZT_OIIOTOOL oiiotool)
+if(ZT_PYTHON)
+    file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/Pipes)
+    add_test(NAME Pipes
+        COMMAND ${ZT_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/Frames/pipes.py $<TARGET_FILE:ztOverlayStamp>
+                $<$<BOOL:${ZT_OIIOTOOL}>:${ZT_OIIOTOOL}>
+        COMMAND_EXPAND_LISTS WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/Pipes)
+endif()
 
 # The small examples; the one with a window where there are the library for it and a display.
 zt_add_tests(ztExamplesTests

@@ -26,12 +26,6 @@ namespace
     fail("can't read it", QString::fromUtf8(error.what()));
 }
 
-bool hasAlpha(QByteArray const& format)
-{
-    static QByteArrayList const without = {"bmp", "jpeg", "jpg", "pbm", "pgm", "ppm", "xbm"};
-    return !without.contains(format);
-}
-
 /// Null for another format, for a pipe, which can be read only once, and for a file that is larger than its picture.
 QImage readJpeg(PictureFile const& picture)
 {
@@ -175,6 +169,12 @@ void writePlain(Frame frame, QString const& path, int pngCompression)
 }
 
 } // namespace
+
+bool hasAlpha(QByteArray const& format)
+{
+    static QByteArrayList const without = {"bmp", "jpeg", "jpg", "pbm", "pgm", "ppm", "xbm"};
+    return !without.contains(format);
+}
 
 QByteArray suffixOf(QString const& path)
 {

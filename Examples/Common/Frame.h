@@ -67,6 +67,9 @@ Frame layerOver(PamPicture picture);
 /// What is a stamped frame in a stream: in the form and depth of a picture of a stream, else with 8 bits a channel.
 PamPicture toPam(Frame frame);
 
+/// Whether files of a format, by their suffix in lower case, have an alpha channel.
+bool hasAlpha(QByteArray const& format);
+
 /// Writes a frame's pixels whole or not at all, in the format of the path's suffix and with the original's
 /// kind of alpha and metadata.
 /// \param pngCompression  of a PNG file, see encode()

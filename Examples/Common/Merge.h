@@ -10,10 +10,10 @@
 namespace ztExamples
 {
 
-/// Of a colour, 8 bits a channel: Rec. 709.
-inline int luma(uchar const* color)
+/// Ten thousand times what is a colour's part in gray: Rec. 709.
+inline quint64 luma(uchar const* color)
 {
-    return (2126 * color[0] + 7152 * color[1] + 722 * color[2] + 5000) / 10000;
+    return 2126u * color[0] + 7152u * color[1] + 722u * color[2];
 }
 
 /// Merges a row of a layer over a row of a picture, rounded to the nearest. What the layer leaves free stays as it is.
@@ -35,7 +35,7 @@ void mergeRow(uchar const* layer, Sample* row, int width, int maxval)
         quint64 const free = below * (255u - layer[3]), alpha = hasAlpha ? layer[3] * most + free : 255 * most;
         for (int i = 0; i < colors && alpha > 0; ++i)
         {
-            quint64 const above = quint64(colors == 1 ? luma(layer) : layer[i]) * most * most;
+            quint64 const above = colors == 1 ? luma(layer) * most * most / 10000 : layer[i] * most * most;
             row[i] = Sample(quint16(std::min(most, (above + row[i] * free + alpha / 2) / alpha)));
         }
         if (hasAlpha)

@@ -100,6 +100,13 @@ TemplatePart number(Written const& written, Number value)
             }};
 }
 
+TemplatePart counted(Written const& written, RunValues const& run)
+{
+    if (!run.isCounted)
+        complain(written.whole() + ": nobody knows how many pictures a stream has");
+    return number(written, [](Placeholders const& values) { return qint64(values.count); });
+}
+
 std::optional<QString> ownTimecode(FrameInfo const& info)
 {
     static QRegularExpression const name(R"((\A|:)timecode\z)", QRegularExpression::CaseInsensitiveOption);
@@ -190,7 +197,7 @@ std::map<std::string, Make> const& placeholders()
     using R = RunValues const&;
     using P = Placeholders const&;
     static std::map<std::string, Make> const all = {
-        {"count", [](W w, R) { return number(w, [](P values) { return qint64(values.count); }); }},
+        {"count", counted},
         {"date", [](W w, R run) { return time(w, "%Y-%m-%d", run); }},
         {"env", [](W w, R run) { return given(w, run.environment, "--allow-env %1"); }},
         {"ext", [](W w, R) { return nameOf(w, [](QFileInfo const& file) { return file.suffix(); }); }},

@@ -47,6 +47,8 @@ struct RunValues
     std::map<QString, QString> environment = {};
     /// `{timecode}`; without a rate it is the file's own.
     std::optional<FrameRate> rate = {};
+    /// Whether there is a `{count}`, which nobody knows of a stream.
+    bool isCounted = true;
     /// The timecode of frame 0, as a frame.
     qint64 start = 0;
 };

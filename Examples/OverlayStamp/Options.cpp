@@ -1,11 +1,13 @@
 #include "Options.h"
 
 #include "CommandLine.h"
+#include "Frame.h"
 #include "OverlayFile.h"
 #include "ztPlatform.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSet>
 #include <QThread>
 
@@ -19,6 +21,8 @@ namespace
 {
 
 constexpr int maxJobs = 256;
+
+constexpr int maxLayers = 1000000;
 
 constexpr char pipe[] = "-";
 
@@ -40,10 +44,16 @@ Each frame is reported in a line; several on a terminal in a progress bar.
 The pictures of a stream, one behind the other, are PAM (P7, gray or RGB, with or without alpha) or PPM (P6), of
 8 or 16 bits. They leave as they came, in their form and depth, each as soon as it is done; what no overlay covers
 keeps its value, and alpha is straight. Files leave as PAM of 8 bits. The stream ends with the first picture that
-fails. {file} is - for a picture of a stream, and nobody knows {count}:
+fails. {file} is - for a picture of a stream or a layer, and nobody knows a stream's {count}:
 
   ffmpeg -i in.mp4 -f image2pipe -c:v pam - | overlay-stamp --overlays labels.json --output - - |
     ffmpeg -f image2pipe -c:v pam -framerate 25 -i - out.mp4
+
+For programs that composite themselves, --layer writes the overlays alone. Alpha is straight in PAM and PNG. An output
+name with # for the digits of a number, layer.####.png, takes several layers:
+
+  overlay-stamp --overlays labels.json --layer 1920x1080 --count 100 --output - |
+    ffmpeg -i in.mp4 -f image2pipe -c:v pam -framerate 25 -i - -filter_complex overlay out.mp4
 
 A frame takes up to 16 bytes a pixel. Those under way at a time have 2^27 pixels, 2 GiB, together; a larger one
 goes alone. Only without a limit is a picture read whose format doesn't tell its size before it is decoded. A
@@ -74,6 +84,8 @@ void addOptions(QCommandLineParser& parser)
          "for any number of them.",
          "FILE"},
         {"output-dir", "Folder for the stamped images, under their inputs' names.", "DIR"},
+        {"layer", "Writes the overlays alone, on transparent pictures of a size, in place of inputs.", "WxH"},
+        {"count", "How many of them (1).", "N"},
         {"dpi-scale", "Pixels for each DPI-independent pixel (1).", "S"},
         {"jobs", "How many threads decode and encode (one a processor).", "N"},
         {"compression",
@@ -196,19 +208,48 @@ void checkNames(std::vector<FramePaths> const& frames)
     }
 }
 
+/// Frames without inputs.
+std::vector<FramePaths> nameLayers(QString const& output, int count)
+{
+    require(output == pipe || hasAlpha(suffixOf(output)),
+            "--output: the format of \"" + output + "\" has no alpha channel for a layer");
+    require(output == pipe || count == 1 || numbered(output, 1) != output,
+            "--output: expected a name with # for the number of each layer, or -, got \"" + output + "\"");
+    std::vector<FramePaths> frames;
+    for (int i = 1; i <= count; ++i)
+        frames.push_back({pipe, numbered(output, i)});
+    return frames;
+}
+
+QSize parseLayerSize(QString const& text, qint64 maxPixels)
+{
+    static QRegularExpression const form(R"(\A([1-9]\d{0,4})x([1-9]\d{0,4})\z)");
+    auto const match = form.match(text);
+    require(match.hasMatch(), "--layer: expected a width and a height in pixels as in 1920x1080, got \"" + text + "\"");
+    QSize const size(match.captured(1).toInt(), match.captured(2).toInt());
+    require(maxPixels == 0 || qint64(size.width()) * size.height() <= maxPixels,
+            QString("--layer: %1 pixels are above the limit of %2").arg(text).arg(maxPixels));
+    return size;
+}
+
 std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
 {
     QString const output = valueOf(parser, "output");
     QString const outputDir = valueOf(parser, "output-dir");
     QStringList const inputs = parser.positionalArguments();
-    require(!inputs.isEmpty(), "no input is given");
+    bool const isLayer = parser.isSet("layer");
+    require(isLayer || !inputs.isEmpty(), "no input is given");
+    require(!isLayer || (inputs.isEmpty() && outputDir.isEmpty()), "--layer takes --output, and no input");
+    require(isLayer || !parser.isSet("count"), "--count is the number of layers of --layer");
     require(output.isEmpty() != outputDir.isEmpty(), "one of --output and --output-dir is needed");
     require(!inputs.contains(pipe) || (inputs.size() == 1 && output == pipe),
             "the input - stands alone, with --output -");
-    require(output.isEmpty() || output == pipe || inputs.size() == 1,
+    require(output.isEmpty() || output == pipe || inputs.size() <= 1,
             "--output takes one input; --output-dir takes several");
-    if (!output.isEmpty() && output != pipe && !isNativeSuffix(suffixOf(output)))
+    if (!output.isEmpty() && output != pipe && (isLayer || !isNativeSuffix(suffixOf(output))))
         requireFormat("output", output);
+    if (isLayer)
+        return nameLayers(output, parseWhole(parser, "count", 1, maxLayers, 1));
 
     std::vector<FramePaths> frames;
     if (inputs.contains(pipe))
@@ -221,6 +262,14 @@ std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
 }
 
 } // namespace
+
+QString numbered(QString const& pattern, qint64 number)
+{
+    static QRegularExpression const last("#+(?=[^#/]*\\z)");
+    auto const match = last.match(pattern);
+    QString const digits = QString::number(number).rightJustified(match.capturedLength(), '0');
+    return match.hasMatch() ? QString(pattern).replace(match.capturedStart(), match.capturedLength(), digits) : pattern;
+}
 
 Options parseOptions(QStringList const& arguments)
 {
@@ -243,6 +292,7 @@ Options parseOptions(QStringList const& arguments)
     }
     require(!options.overlayFile.isEmpty(), "--overlays is needed");
     options.frames = parseFrames(parser);
+    options.values.isCounted = !parser.positionalArguments().contains(pipe);
     options.outputDir = valueOf(parser, "output-dir");
     options.readsPipe = parser.positionalArguments().contains(pipe);
     options.writesPipe = valueOf(parser, "output") == pipe;
@@ -251,6 +301,8 @@ Options parseOptions(QStringList const& arguments)
     if (parser.isSet("dpi-scale"))
         applyDpiScale(valueOf(parser, "dpi-scale"));
     options.rules.space = valueOf(parser, "frame-space");
+    if (parser.isSet("layer"))
+        options.layerSize = parseLayerSize(valueOf(parser, "layer"), options.rules.maxPixels);
     options.isQuiet = parser.isSet("quiet");
     options.isForced = parser.isSet("force");
     return options;

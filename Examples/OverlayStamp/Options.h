@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace ztExamples
@@ -29,6 +30,8 @@ struct Options
     bool readsPipe = false;
     /// Whether they are written to the standard output stream.
     bool writesPipe = false;
+    /// Of the frames if they are layers, without inputs.
+    std::optional<QSize> layerSize;
     RunValues values;
     /// To be made if it is missing; empty for a single output.
     QString outputDir;
@@ -42,6 +45,9 @@ struct Options
     /// Not empty: this is asked for, and nothing else.
     QString information;
 };
+
+/// A name whose last row of # stands for a number.
+QString numbered(QString const& pattern, qint64 number);
 
 /// Sets the platform's DPI scale, too, if one is given.
 /// \param arguments  the program's name first

@@ -41,6 +41,35 @@ class Files : public Source
     std::shared_ptr<FrameFile> _file;
 };
 
+/// Empty ones.
+class Layers : public Files
+{
+  public:
+    explicit Layers(Options const& options) : Files(options), _size(*options.layerSize) {}
+
+    std::optional<FrameNames> next() override
+    {
+        std::optional<FrameNames> names = Files::next();
+        if (names)
+            names->values.frame = qint64(names->values.index) - 1; // as in a stream
+        return names;
+    }
+
+    std::optional<qint64> open() override { return qint64(_size.width()) * _size.height(); }
+
+    std::function<Frame()> take() override
+    {
+        return [size = _size] {
+            QImage layer = allocated({size, QImage::Format_RGBA8888});
+            layer.fill(0);
+            return toFrame(std::move(layer));
+        };
+    }
+
+  private:
+    QSize _size;
+};
+
 /// The pictures of the standard input stream, to the end or the first wrong one.
 class Pipe : public Source
 {
@@ -100,6 +129,8 @@ std::unique_ptr<Source> createSource(Options const& options)
 {
     if (options.readsPipe)
         return std::make_unique<Pipe>(options);
+    if (options.layerSize)
+        return std::make_unique<Layers>(options);
     return std::make_unique<Files>(options);
 }
 
