@@ -371,7 +371,14 @@ class Window : public Viewer
 
 TEST_F(Window, FollowsItsSizeAndSavesTheSameStampedAndTiled)
 {
-    _window.resize(564, 194); // of two tiles; their edges are beside single precision fractions
+    std::vector<OverlayEntry> entries = readOverlayFile("labels.json");
+    write("made.json", R"({"overlays":[{"text": "j", "padding": 3, "shadow": {}, "backgroundTransparency": 0.5},
+                                       {"contentType": "guide", "guide": "grid", "color": [0, 1, 0, 0.5]}]})");
+    for (OverlayEntry const& entry : readOverlayFile("made.json"))
+        entries.push_back(entry);
+    _overlays.load(entries, {"a"});
+    press(Qt::Key_V, {194, 285}); // the label
+    _window.resize(564, 194);     // of two tiles; their edges are beside single precision fractions
     QImage const before = shown();
     press(Qt::Key_S);
     press(Qt::Key_T);
