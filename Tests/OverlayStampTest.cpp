@@ -61,7 +61,8 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
         {"LABELS frame.png", "one of --output and --output-dir is needed"},
         {"LABELS OUT --output-dir out frame.png", "one of --output and --output-dir is needed"},
         {"LABELS OUT --output b.png frame.png", "--output is given twice"},
-        {"LABELS OUT frame.png sub/frame.png", "--output takes one input; --output-dir takes several"},
+        {"LABELS OUT frame.png sub/frame.png",
+         "--output takes one input, or several with a name such as out.####.png; --output-dir takes several"},
         {"LABELS --output-dir out frame.png sub/frame.png", "two inputs would be written to \"out/frame.png\""},
         {"LABELS --output frame.png link.png", "\"frame.png\" is an input, which only --force replaces"},
         {"LABELS --output-dir . link.png sub/frame.png", "\"./link.png\" is an input, which only --force replaces"},
@@ -85,6 +86,15 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
         {"LABELS OUT --compression 10 frame.png", "--compression: expected a whole number from 0 to 9, got \"10\""},
         {"LABELS OUT --max-pixels 1e9 frame.png",
          "--max-pixels: expected a whole number from 0 to 2147483647, got \"1e9\""},
+        {"LABELS OUT --frames 1 frame.png", "--frames needs an input such as shot.####.exr"},
+        {"LABELS OUT a.%02d.png", "no file matches \"a.01.png\" with any number"},
+        {"LABELS OUT a#b#.png", "\"a#b#.png\": expected one place of 18 digits at most for a number"},
+        {"LABELS --output a.#.png frame.png", "\"frame.png\" has no number for --output \"a.#.png\""},
+        {"LABELS OUT --frames 1-2x0 a.#.png",
+         "--frames: expected numbers of 9 digits at most such as 1001-1100,1120,1200-1300x10, got \"1-2x0\""},
+        {"LABELS OUT --frames 1-9,5 a.#.png", "--frames: 5 is there twice"},
+        {"LABELS OUT --frames 0-999999,-1 a.#.png", "--frames: expected 1000000 frames at most, got \"0-999999,-1\""},
+        {"LABELS --output - --skip-existing frame.png", "--skip-existing needs outputs that are files"},
         {"LABELS OUT --fps 29.9 frame.png", "--fps: expected a rate such as 24, 23.976 or 29.97, got \"29.9\""},
         {"LABELS OUT --start 01:00:00:00 frame.png", "--start needs --fps"},
         {"LABELS OUT --fps 25 --start 01:00:00:25 frame.png",
@@ -378,6 +388,54 @@ TEST_F(OverlayStamp, PutsPicturesWhereTheEntriesSayTheFirstOnTop)
     EXPECT_EQ(stamped(), expected(1, logo));
     QImage const scaled = stamped("frame.png", " --dpi-scale 2 --force");
     EXPECT_EQ(scaled, expected(2, scaled.copy(60 - 14, 40 - 10, 6, 4))) << "but for the logo, which is resampled";
+}
+
+TEST_F(OverlayStamp, TakesSequencesByTheirNumbersHoweverTheyAreCut)
+{
+    writeLabels(R"({"text": "{frame}", "size": 6})");
+    for (QString const number : {"0007", "0008", "0010", "10011", "-001", "11"})
+        writePicture("s." + number + ".png", Qt::gray, {60, 40});
+    write("o.0007.png", "");
+    auto const lines = [](QString const& numbers) {
+        QString all;
+        for (QString const& number : numbers.split(' '))
+            all += "s." + number + ".png -> o." + number + ".png\n";
+        return all.toStdString();
+    };
+    std::string const missing = "s.0009.png: can't read it: File not found\n";
+    std::string const left = "s.0007.png: left out, its output is there\ns.0009.png: left out, it is missing\n"
+                             "2 of 3 frames are left out\n";
+    std::tuple<QString, Outcome> const rows[] = {
+        {"s.####.png", {0, lines("-001 0007 0008 0010 10011"), ""}},
+        {"s.%04d.png --frames 10-7,-1", {1, lines("0010 0008 0007 -001"), missing + "1 of 5 frames would fail\n"}},
+        {"s.@@@@.png --frames=-1--3x5,7-11x3 --skip-missing", {0, lines("-001 0007 0010"), ""}},
+        {"s.%04d.png --frames 7-9 --skip-missing --skip-existing", {0, left + lines("0008"), ""}},
+    };
+    QStringList const before = names();
+    for (auto const& [arguments, outcome] : rows)
+        EXPECT_EQ(run("--overlays labels.json --dry-run --output o.####.png " + arguments), outcome);
+    EXPECT_EQ(run("--overlays labels.json --dry-run --output %d.png s.@@.png"),
+              Outcome(0, "s.11.png -> 11.png\ns.10011.png -> 10011.png\n", ""));
+    EXPECT_EQ(names(), before);
+
+    auto const read = [](QString const& name) {
+        QFile file(name);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll();
+    };
+    auto const stampTo = [this](QString const& folder, QString const& more) {
+        return run("--overlays labels.json --quiet --output-dir " + folder + more + " s.####.png");
+    };
+    EXPECT_EQ(stampTo("whole", ""), Outcome(0, "", ""));
+    EXPECT_EQ(stampTo("cut", " --frames 9,7,10 --jobs 1"), Outcome(1, "", missing + "1 of 3 frames failed\n"));
+    EXPECT_EQ(stampTo("cut", " --frames=-1,7-8 --skip-existing"), Outcome(0, "", ""));
+    EXPECT_EQ(run("--overlays labels.json --quiet --output cut/s.%04d.png s.10011.png"), Outcome(0, "", ""));
+    ASSERT_EQ(names("cut").size(), 5);
+    for (QString const& name : names("cut"))
+        EXPECT_EQ(read("cut/" + name), read("whole/" + name)) << name.toStdString();
+    EXPECT_NE(read("cut/s.0007.png"), read("cut/s.0008.png"));
+    ASSERT_TRUE(QFile::rename("s.11.png", "s.7#.png"));
+    EXPECT_EQ(run("--overlays labels.json --output-dir out s.7#.png"), Outcome(0, "s.7#.png -> out/s.7#.png\n", ""));
 }
 
 TEST(Timecode, KeepsUpWithTheClock)

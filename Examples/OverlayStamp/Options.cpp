@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "Frame.h"
+#include "NamePattern.h"
 #include "OverlayFile.h"
 #include "ztPlatform.h"
 
@@ -22,8 +23,6 @@ namespace
 
 constexpr int maxJobs = 256;
 
-constexpr int maxLayers = 1000000;
-
 constexpr char pipe[] = "-";
 
 constexpr char description[] =
@@ -31,6 +30,11 @@ constexpr char description[] =
     "lists them, the topmost first.";
 
 constexpr char details[] = R"(
+An input or --output is a pattern if %d, %04d, #### or @@@@ stands for a number in its file's name, with so many
+digits at least, and an input only if there is no file of that very name. An output has the number that its input has
+in the pattern's place, or the last one in its name. --frames may count backwards and below 0; each number stands
+once. A frame that is missing has failed unless --skip-missing leaves it out; {index} and {count} count all.
+
 Frames of 8 bits a channel are PNG, JPEG, BMP, PPM and what else Qt reads. EXR, DPX, TIFF, HDR, TGA, WebP and PNG
 of 16 bits are read and written by OpenImageIO, where the program is built with it, in their own depth: with all
 parts, channels and metadata, overlays laid out for the display window, pixels that none covers as they were.
@@ -80,9 +84,15 @@ void addOptions(QCommandLineParser& parser)
         {"overlays", "JSON file with the overlays.", "FILE"},
         {"check", "Only read a JSON file, and say in a line per overlay what it holds. It takes no images.", "FILE"},
         {"output",
-         "Where the stamped image goes; the suffix says the format. One input only. - is the standard output stream, "
+         "Where the stamped image goes; the suffix says the format. One input only, unless it is a pattern. - is the "
+         "standard output stream, "
          "for any number of them.",
          "FILE"},
+        {"frames", "The numbers of the frames of an input that is a pattern (all that are there).",
+         "1001-1100,1120,1200-1300x10"},
+        {"skip-missing", "Leave out inputs that aren't there."},
+        {"skip-existing", "Leave out frames whose outputs are there, to go on after an interruption."},
+        {"dry-run", "Print what would be written and write nothing."},
         {"output-dir", "Folder for the stamped images, under their inputs' names.", "DIR"},
         {"layer", "Writes the overlays alone, on transparent pictures of a size, in place of inputs.", "WxH"},
         {"count", "How many of them (1).", "N"},
@@ -213,11 +223,12 @@ std::vector<FramePaths> nameLayers(QString const& output, int count)
 {
     require(output == pipe || hasAlpha(suffixOf(output)),
             "--output: the format of \"" + output + "\" has no alpha channel for a layer");
-    require(output == pipe || count == 1 || numbered(output, 1) != output,
+    auto const pattern = parsePattern(output);
+    require(output == pipe || count == 1 || pattern,
             "--output: expected a name with # for the number of each layer, or -, got \"" + output + "\"");
     std::vector<FramePaths> frames;
     for (int i = 1; i <= count; ++i)
-        frames.push_back({pipe, numbered(output, i)});
+        frames.push_back({pipe, pattern ? nameOf(*pattern, i) : output});
     return frames;
 }
 
@@ -232,6 +243,49 @@ QSize parseLayerSize(QString const& text, qint64 maxPixels)
     return size;
 }
 
+std::vector<FramePaths> parseInputs(QStringList const& inputs, QString const& numbers)
+{
+    std::vector<FramePaths> frames;
+    bool hasPattern = false;
+    for (QString const& input : inputs)
+    {
+        auto const pattern = QFileInfo::exists(input) ? std::nullopt : parsePattern(input);
+        hasPattern = hasPattern || pattern;
+        if (!pattern)
+            frames.push_back({input, ""});
+        else
+            for (qint64 const number : numbers.isEmpty() ? findNumbers(*pattern) : parseNumbers(numbers))
+                frames.push_back({nameOf(*pattern, number), "", number});
+        require(frames.size() <= maxFrameCount, QString("expected %1 frames at most").arg(maxFrameCount));
+    }
+    require(numbers.isEmpty() || hasPattern, "--frames needs an input such as shot.####.exr");
+    return frames;
+}
+
+QString outputOf(FramePaths const& frame, QString const& output, QString const& outputDir)
+{
+    if (output.isEmpty())
+        return QDir(outputDir).filePath(QFileInfo(frame.input).fileName());
+    auto const pattern = parsePattern(output);
+    if (!pattern)
+        return output;
+    auto const number = frame.number ? frame.number : frameNumber(frame.input);
+    require(number.has_value(), "\"" + frame.input + "\" has no number for --output \"" + output + "\"");
+    return nameOf(*pattern, *number);
+}
+
+/// Says of each frame that is left out why it is.
+void leaveOut(Options& options)
+{
+    for (FramePaths& frame : options.frames)
+    {
+        if (options.skipsMissing && !QFileInfo::exists(frame.input))
+            frame.omission = "it is missing";
+        else if (options.skipsExisting && QFileInfo::exists(frame.output))
+            frame.omission = "its output is there";
+    }
+}
+
 std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
 {
     QString const output = valueOf(parser, "output");
@@ -244,18 +298,23 @@ std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
     require(output.isEmpty() != outputDir.isEmpty(), "one of --output and --output-dir is needed");
     require(!inputs.contains(pipe) || (inputs.size() == 1 && output == pipe),
             "the input - stands alone, with --output -");
-    require(output.isEmpty() || output == pipe || inputs.size() <= 1,
-            "--output takes one input; --output-dir takes several");
+    bool const hasFiles = !isLayer && !inputs.contains(pipe);
+    for (QString const option : {"frames", "skip-missing"})
+        require(!parser.isSet(option) || hasFiles, "--" + option + " needs inputs that are files");
+    require(!parser.isSet("skip-existing") || output != pipe, "--skip-existing needs outputs that are files");
+    require(!parser.isSet("dry-run") || !inputs.contains(pipe), "--dry-run needs inputs that are files");
     if (!output.isEmpty() && output != pipe && (isLayer || !isNativeSuffix(suffixOf(output))))
         requireFormat("output", output);
     if (isLayer)
-        return nameLayers(output, parseWhole(parser, "count", 1, maxLayers, 1));
-
+        return nameLayers(output, parseWhole(parser, "count", 1, int(maxFrameCount), 1));
     std::vector<FramePaths> frames;
     if (inputs.contains(pipe))
         return frames;
-    for (QString const& input : inputs)
-        frames.push_back({input, output.isEmpty() ? QDir(outputDir).filePath(QFileInfo(input).fileName()) : output});
+    frames = parseInputs(inputs, valueOf(parser, "frames"));
+    require(output.isEmpty() || output == pipe || frames.size() == 1 || parsePattern(output),
+            "--output takes one input, or several with a name such as out.####.png; --output-dir takes several");
+    for (FramePaths& frame : frames)
+        frame.output = outputOf(frame, output, outputDir);
     if (output != pipe)
         checkNames(frames);
     return frames;
@@ -263,12 +322,10 @@ std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
 
 } // namespace
 
-QString numbered(QString const& pattern, qint64 number)
+std::size_t countFrames(Options const& options)
 {
-    static QRegularExpression const last("#+(?=[^#/]*\\z)");
-    auto const match = last.match(pattern);
-    QString const digits = QString::number(number).rightJustified(match.capturedLength(), '0');
-    return match.hasMatch() ? QString(pattern).replace(match.capturedStart(), match.capturedLength(), digits) : pattern;
+    return std::size_t(std::count_if(options.frames.begin(), options.frames.end(),
+                                     [](FramePaths const& frame) { return frame.omission.isEmpty(); }));
 }
 
 Options parseOptions(QStringList const& arguments)
@@ -303,6 +360,10 @@ Options parseOptions(QStringList const& arguments)
     options.rules.space = valueOf(parser, "frame-space");
     if (parser.isSet("layer"))
         options.layerSize = parseLayerSize(valueOf(parser, "layer"), options.rules.maxPixels);
+    options.skipsMissing = parser.isSet("skip-missing");
+    options.skipsExisting = parser.isSet("skip-existing");
+    options.isDryRun = parser.isSet("dry-run");
+    leaveOut(options);
     options.isQuiet = parser.isSet("quiet");
     options.isForced = parser.isSet("force");
     return options;

@@ -18,6 +18,10 @@ struct FramePaths
 {
     QString input;
     QString output;
+    /// Where the input is named by a pattern.
+    std::optional<qint64> number = {};
+    /// Why it is left out, or nothing.
+    QString omission = {};
 };
 
 struct Options
@@ -39,6 +43,11 @@ struct Options
     int jobs = 1;
     /// The limit is also one of the overlay file's pictures, and of an overlay's picture as it is stamped.
     FrameRules rules;
+    /// Whether to leave out frames without an input, or with an output.
+    bool skipsMissing = false;
+    bool skipsExisting = false;
+    /// Whether to tell what would be done, and do nothing.
+    bool isDryRun = false;
     bool isQuiet = false;
     /// Whether outputs may replace what the program reads.
     bool isForced = false;
@@ -46,8 +55,8 @@ struct Options
     QString information;
 };
 
-/// A name whose last row of # stands for a number.
-QString numbered(QString const& pattern, qint64 number);
+/// Those that aren't left out.
+std::size_t countFrames(Options const& options);
 
 /// Sets the platform's DPI scale, too, if one is given.
 /// \param arguments  the program's name first

@@ -30,7 +30,7 @@ QString toBar(std::size_t part, std::size_t whole)
 } // namespace
 
 Report::Report(Options const& options)
-    : _frameCount(options.frames.size()), _hasBar(!options.isQuiet && _frameCount > 1 && isatty(STDERR_FILENO)),
+    : _frameCount(countFrames(options)), _hasBar(!options.isQuiet && _frameCount > 1 && isatty(STDERR_FILENO)),
       _hasLines(!options.isQuiet && !_hasBar && !options.writesPipe)
 {
     setLastWords([this] {

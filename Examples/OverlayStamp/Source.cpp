@@ -17,10 +17,12 @@ class Files : public Source
     std::optional<FrameNames> next() override
     {
         std::size_t const count = _options.frames.size();
+        while (_index < count && !_options.frames[_index].omission.isEmpty())
+            ++_index;
         if (_index == count)
             return std::nullopt;
         FramePaths const& paths = _options.frames[_index++];
-        return FrameNames{paths, {paths.input, _index, count}};
+        return FrameNames{paths, {paths.input, _index, count, {}, paths.number}};
     }
 
     std::optional<qint64> open() override

@@ -13,6 +13,7 @@
 #include "Sequence.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <limits>
 #include <stdexcept>
@@ -26,9 +27,10 @@ namespace
 
 using namespace ztExamples;
 
-void makeFolder(QString const& folder)
+void makeFolder(QString const& folder, bool isDryRun)
 {
-    if (!folder.isEmpty() && !QDir().mkpath(folder))
+    bool const isFile = QFileInfo::exists(folder) && !QFileInfo(folder).isDir();
+    if (!folder.isEmpty() && (isDryRun ? isFile : !QDir().mkpath(folder)))
         throw std::runtime_error("overlay-stamp: can't make the folder \"" + folder.toStdString() + "\"");
 }
 
@@ -56,6 +58,41 @@ ExitCode check(Options const& options)
     return AllDone;
 }
 
+void tellOmissions(Options const& options)
+{
+    if (options.isQuiet)
+        return;
+    auto const tell = options.writesPipe ? printError : printLine;
+    std::size_t count = 0;
+    for (FramePaths const& frame : options.frames)
+        if (!frame.omission.isEmpty())
+        {
+            ++count;
+            tell(frame.input + ": left out, " + frame.omission);
+        }
+    if (count > 0)
+        tell(QString("%1 of %2 frames are left out").arg(count).arg(options.frames.size()));
+}
+
+ExitCode tellFrames(Options const& options)
+{
+    std::size_t missing = 0;
+    for (FramePaths const& frame : options.frames)
+    {
+        bool const isThere = options.layerSize || QFileInfo::exists(frame.input);
+        if (!frame.omission.isEmpty())
+            continue;
+        if (isThere)
+            printLine(frame.input + " -> " + frame.output);
+        else
+            printError(frame.input + ": can't read it: File not found");
+        missing += !isThere;
+    }
+    if (missing > 0)
+        printError(QString("%1 of %2 frames would fail").arg(missing).arg(countFrames(options)));
+    return missing > 0 ? NotAllDone : AllDone;
+}
+
 ExitCode stamp(Options const& options)
 {
     if (!options.checkedFile.isEmpty())
@@ -68,7 +105,10 @@ ExitCode stamp(Options const& options)
         requireSafeOutputs(options, entries);
     Scene scene(entries, options.rules.maxPixels);
     prepareFrames(options);
-    makeFolder(options.outputDir);
+    makeFolder(options.outputDir, options.isDryRun);
+    tellOmissions(options);
+    if (options.isDryRun)
+        return tellFrames(options);
     Report report(options);
     stampSequence(options, scene, report);
     return report.finish() ? AllDone : NotAllDone;
