@@ -131,7 +131,18 @@ FrameFile openNative(QString const& path, QByteArray const& format, QByteArray c
     for (QSize const& size : file.native->pictureSizes())
         PixelLimit(rules.maxPixels).add(size.width(), size.height());
     file.pixelCount = countPixels(*file.native, !format.contains(output));
+    if (format == "png")
+        file.metadata = readMetadata(path);
     return file;
+}
+
+Frame readPicture(PictureFile const& file)
+{
+    if (isCut(file.path()))
+        throw std::runtime_error("The file is cut off");
+    if (QImage pixels = readJpeg(file); !pixels.isNull())
+        return {QImage(), pixels, infoOf(pixels), {}};
+    return toFrame(file.read());
 }
 
 Frame readNative(std::unique_ptr<NativeFrame> native)
@@ -144,9 +155,12 @@ Frame readNative(std::unique_ptr<NativeFrame> native)
 
 void writeNative(Frame frame, QString const& path, int pngCompression)
 {
+    QByteArray const format = suffixOf(path);
     frame.native->merge(std::exchange(frame.pixels, QImage()));
     writeWhole(path, [&](QFileDevice& file) {
-        frame.native->write(file, suffixOf(path), pngCompression);
+        if (format == frame.metadata.format)
+            return writeAll(file, withMetadata(frame.native->encode(format, pngCompression), frame.metadata));
+        frame.native->write(file, format, pngCompression);
         return true;
     });
 }
@@ -164,7 +178,8 @@ QImage fromNative(Frame frame)
 void writePlain(Frame frame, QString const& path, int pngCompression)
 {
     QByteArray const format = suffixOf(path);
-    QByteArray const bytes = encode(compose(std::move(frame), format), format, pngCompression);
+    FileMetadata const metadata = std::move(frame.metadata);
+    QByteArray const bytes = withMetadata(encode(compose(std::move(frame), format), format, pngCompression), metadata);
     writeWhole(path, [&](QFileDevice& file) { return writeAll(file, bytes); });
 }
 
@@ -188,7 +203,7 @@ try
     if (QByteArray const format = nativeFormat(path, isWanted); !format.isEmpty())
         return openNative(path, format, suffixOf(output), rules);
     PixelLimit limit(rules.maxPixels);
-    FrameFile file{PictureFile(path, limit)};
+    FrameFile file{PictureFile(path, limit), nullptr, readMetadata(path)};
     if (isWanted)
         throw std::runtime_error("OpenImageIO doesn't read its format");
     if (!file.picture->size().isEmpty())
@@ -203,13 +218,9 @@ catch (std::runtime_error const& error)
 Frame readFrame(FrameFile file)
 try
 {
-    if (file.native)
-        return readNative(std::move(file.native));
-    if (isCut(file.picture->path()))
-        throw std::runtime_error("The file is cut off");
-    if (QImage pixels = readJpeg(*file.picture); !pixels.isNull())
-        return {QImage(), pixels, infoOf(pixels), {}};
-    return toFrame(file.picture->read());
+    Frame frame = file.native ? readNative(std::move(file.native)) : readPicture(*file.picture);
+    frame.metadata = std::move(file.metadata);
+    return frame;
 }
 catch (std::runtime_error const& error)
 {

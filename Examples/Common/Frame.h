@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Encoders.h"
+#include "FileMetadata.h"
 #include "FrameInfo.h"
 #include "NativeFrame.h"
 #include "Pam.h"
@@ -22,6 +23,7 @@ struct FrameFile
     /// Of 8 bits a channel. Else there is the other one.
     std::optional<PictureFile> picture;
     std::unique_ptr<NativeFrame> native = nullptr;
+    FileMetadata metadata = {};
     /// How many pixels of 16 bytes the frame takes at most on its way. Nothing if the file doesn't tell.
     std::optional<qint64> pixelCount = std::nullopt;
 };
@@ -36,6 +38,8 @@ struct Frame
     /// Of a stream, without samples for another frame's. Then the pixels are a transparent layer for it.
     PamPicture streamed = {};
     std::unique_ptr<NativeFrame> native = nullptr;
+    /// Of its file, for one of the same format.
+    FileMetadata metadata = {};
 };
 
 /// In lower case.

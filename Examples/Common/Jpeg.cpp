@@ -34,6 +34,8 @@ bool isMetadata(uchar marker)
     return (marker >= firstApplication && marker <= lastApplication) || marker == comment;
 }
 
+constexpr int signatureSize = 2;
+
 /// The place behind those segments from a place on that are metadata, or that are not; at the latest the scan's.
 int skip(QByteArray const& file, int place, bool metadata)
 {
@@ -46,7 +48,6 @@ int skip(QByteArray const& file, int place, bool metadata)
 
 int metadataEnd(QByteArray const& file)
 {
-    constexpr int signatureSize = 2;
     return skip(file, signatureSize, true);
 }
 
@@ -100,6 +101,23 @@ QImage decodeJpeg(QByteArray const& file, QSize const& expectedSize)
         return QImage();
     copyMetadata(metadata, pixels);
     return pixels;
+}
+
+void forEachMetadataSegment(QByteArray const& file, std::function<void(QByteArray)> const& function)
+{
+    for (int place = skip(file, signatureSize, false); place + 4 <= file.size();)
+    {
+        int const end = place + 2 + qFromBigEndian<quint16>(file.constData() + place + 2);
+        if (!isMetadata(uchar(file[place + 1])) || end > file.size())
+            return;
+        function(file.mid(place, end - place));
+        place = skip(file, end, false);
+    }
+}
+
+QByteArray withJpegMetadata(QByteArray const& file, QByteArray const& segments)
+{
+    return file.left(signatureSize) + segments + file.mid(metadataEnd(file));
 }
 
 QByteArray encodeJpeg(QImage const& picture)

@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QImage>
 
+#include <functional>
+
 namespace ztExamples
 {
 
@@ -16,6 +18,12 @@ bool isCutJpeg(QByteArray const& file);
 /// The pixels of a file in the layout of an osg::Image, see toPixels(), with the metadata that Qt reads.
 /// \return a null image if this is no JPEG file in colour of that size, whole and upright
 QImage decodeJpeg(QByteArray const& file, QSize const& expectedSize);
+
+/// Calls a function with each segment of metadata, its marker first, that stands before the pixels.
+void forEachMetadataSegment(QByteArray const& file, std::function<void(QByteArray)> const& function);
+
+/// A file that encodeJpeg() has made, with other metadata.
+QByteArray withJpegMetadata(QByteArray const& file, QByteArray const& segments);
 
 /// A file of a picture in Format_RGBX8888, bottom row first, with the metadata that Qt writes.
 /// \return nothing if a JPEG file can't hold the picture

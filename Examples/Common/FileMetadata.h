@@ -1,0 +1,26 @@
+/// \file
+/// What PNG and JPEG files hold besides their pixels, byte for byte: colour profiles, EXIF, texts and the like.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace ztExamples
+{
+
+struct FileMetadata
+{
+    /// "png", "jpeg", or nothing for another format.
+    QByteArray format;
+    /// Chunks or segments, without what isn't true of the stamped picture.
+    QByteArray bytes;
+    bool isGray = false;
+};
+
+/// Of a regular file. JPEG files are upright afterwards.
+FileMetadata readMetadata(QString const& path);
+
+/// A file with other metadata in place of its own if both are of one format, else as it is.
+QByteArray withMetadata(QByteArray const& file, FileMetadata const& metadata);
+
+} // namespace ztExamples
