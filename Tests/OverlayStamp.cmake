@@ -56,3 +56,16 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_
 add_executable(ztReadmeHost ${CMAKE_CURRENT_BINARY_DIR}/ReadmeHost.cpp)
 target_link_libraries(ztReadmeHost PRIVATE zt::OverlayUtils ztCompileOptions)
 add_test(NAME ReadmeHost COMMAND ${CMAKE_COMMAND} -E env --unset=DISPLAY --unset=QT_QPA_PLATFORM $<TARGET_FILE:ztReadmeHost>)
+
+# Frames of any depth, where there are the library for them and a judge.
+find_program(ZT_FRAMES_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
+find_program(ZT_OIIOTOOL oiiotool)
+if(ZT_FRAMES_PYTHON AND ZT_OIIOTOOL)
+    execute_process(COMMAND ${ZT_FRAMES_PYTHON} -c "import numpy, OpenImageIO" RESULT_VARIABLE hasNoJudge ERROR_QUIET)
+endif()
+if(NOT TARGET ztOpenImageIO OR NOT ZT_FRAMES_PYTHON OR NOT ZT_OIIOTOOL OR hasNoJudge)
+    message(STATUS "Frames of any depth aren't tested: OpenImageIO, its tools or its Python module aren't there")
+else()
+    add_test(NAME Frames
+        COMMAND ${ZT_FRAMES_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/Frames/frames.py $<TARGET_FILE:ztOverlayStamp>)
+endif()

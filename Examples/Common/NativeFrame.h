@@ -40,11 +40,11 @@ class NativeFrame
     /// Writes all parts, if need be what a format can hold of them. The frame is of no use then.
     /// \param format  the file's suffix in lower case
     /// \param file  open; what fails of it, it says by an error
-    /// \param pngCompression  see encode()
-    virtual void write(QFileDevice& file, QByteArray const& format, int pngCompression) = 0;
+    /// \param compression  how much is deflated, where the format does, see encode()
+    virtual void write(QFileDevice& file, QByteArray const& format, int compression) = 0;
 
     /// What write() would write.
-    virtual QByteArray encode(QByteArray const& format, int pngCompression) = 0;
+    virtual QByteArray encode(QByteArray const& format, int compression) = 0;
 };
 
 /// What the library gives.

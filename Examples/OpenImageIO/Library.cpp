@@ -166,6 +166,15 @@ bool isLossless(QString const& webp)
     return file.open(QIODevice::ReadOnly) && file.peek(metadataSize).contains("VP8L");
 }
 
+/// Of deflating, where the format does.
+void setLevel(OIIO::ImageSpec& spec, int level)
+{
+    spec.attribute("png:compressionLevel", level);
+    std::string const method = spec.get_string_attribute("compression");
+    if ((method == "zip" || method == "zips") && level > 0)
+        spec.attribute("compression", method + ":" + std::to_string(level));
+}
+
 class File : public NativeFrame
 {
   public:
@@ -235,14 +244,14 @@ class File : public NativeFrame
         mergeLayer(stamped(), _channels, turned(layer, orientationOf(stamped().spec)), LayerColors(space()));
     }
 
-    void write(QFileDevice& file, QByteArray const& format, int pngCompression) override
+    void write(QFileDevice& file, QByteArray const& format, int compression) override
     {
         if (_parts.size() > 1 || format.startsWith("tif"))
-            return writeByPath("/proc/self/fd/" + std::to_string(file.handle()), format, pngCompression);
+            return writeByPath("/proc/self/fd/" + std::to_string(file.handle()), format, compression);
         OpenFile target(file.handle());
         try
         {
-            write("", &target, format, pngCompression);
+            write("", &target, format, compression);
         }
         catch (std::runtime_error const&)
         {
@@ -253,10 +262,10 @@ class File : public NativeFrame
             fail(qt_error_string(target.errorNumber()).toStdString());
     }
 
-    QByteArray encode(QByteArray const& format, int pngCompression) override
+    QByteArray encode(QByteArray const& format, int compression) override
     {
         OIIO::Filesystem::IOVecOutput target;
-        write("", &target, format, pngCompression);
+        write("", &target, format, compression);
         return QByteArray(reinterpret_cast<char const*>(target.buffer().data()), int(target.buffer().size()));
     }
 
@@ -285,9 +294,9 @@ class File : public NativeFrame
 
     /// Several parts, and EXIF entries of TIFF files, can't be written into a file that is open. What is lost when it
     /// is closed, nobody tells.
-    void writeByPath(std::string const& path, QByteArray const& format, int pngCompression)
+    void writeByPath(std::string const& path, QByteArray const& format, int compression)
     {
-        int const last = write(path, nullptr, format, pngCompression) - 1;
+        int const last = write(path, nullptr, format, compression) - 1;
         auto const written = OIIO::ImageInput::create(format.toStdString());
         OIIO::ImageSpec spec;
         require(written->open(path, spec) && written->seek_subimage(last, 0), *written);
@@ -297,7 +306,7 @@ class File : public NativeFrame
 
     /// \param path  empty if there is a target
     /// \return how many parts are written
-    int write(std::string const& path, OIIO::Filesystem::IOProxy* target, QByteArray const& format, int pngCompression)
+    int write(std::string const& path, OIIO::Filesystem::IOProxy* target, QByteArray const& format, int compression)
     {
         auto const output = OIIO::ImageOutput::create(format.toStdString(), target);
         if (!output)
@@ -309,7 +318,7 @@ class File : public NativeFrame
         else
             parts.push_back(converted(stamped(), _channels, *output, space()));
         for (Part& part : parts)
-            part.spec.attribute("png:compressionLevel", pngCompression);
+            setLevel(part.spec, compression);
         if (!output->supports("multiimage"))
             parts.resize(1);
         writeParts(*output, path, parts);
@@ -352,6 +361,7 @@ class Library : public NativeFrames
 
     void setThreads(int count) override
     {
+        OIIO::attribute("openexr:core", 1); // reads in two thirds of the time
         OIIO::attribute("threads", count);
         OIIO::attribute("exr_threads", count > 1 ? count : -1); // none besides the one that calls
     }

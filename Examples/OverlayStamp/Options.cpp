@@ -99,8 +99,9 @@ void addOptions(QCommandLineParser& parser)
         {"dpi-scale", "Pixels for each DPI-independent pixel (1).", "S"},
         {"jobs", "How many threads decode and encode (one a processor).", "N"},
         {"compression",
-         QString("How small PNG files get: 0 is uncompressed, 9 the smallest and slowest (%1). Other formats take no "
-                 "notice.")
+         QString("How small PNG and zip-compressed EXR files get: 0 is uncompressed, 9 the smallest and slowest (%1). "
+                 "Other "
+                 "formats take no notice.")
              .arg(defaultPngCompression),
          "N"},
         {"max-pixels",
