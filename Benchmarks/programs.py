@@ -1,6 +1,9 @@
 """Frames of a rendering, and the command lines that stamp labels and a logo onto all of them."""
 
+import json
+import re
 import shutil
+import subprocess
 from pathlib import Path
 
 import numpy
@@ -46,24 +49,77 @@ def peer_arguments(height):
     return arguments + ["-gravity", "SouthEast", "-draw", f"image over {place},{place} {size},{size} '{DATA / 'logo.png'}'"]
 
 
+def pictures(stamp, case, suffix, size, count):
+    """Files beside ImageMagick's."""
+    make_frames(case / "in", suffix, size, count)
+    inputs = sorted(map(str, (case / "in").iterdir()))
+    ours = [stamp, "--quiet", "--overlays", str(DATA / "overlays.json"), *inputs, "--output-dir"]
+    peer = ["mogrify", *peer_arguments(size[1]), "-path"]
+    return {
+        "ours": [*ours, str(case / "ours"), "--jobs", "2"],
+        "ours, one job": [*ours, str(case / "ours, one job"), "--jobs", "1"],
+        "ImageMagick": [*peer, str(case / "ImageMagick"), *inputs] if shutil.which("mogrify") else None,
+    }
+
+
+def half_floats(stamp, case, suffix, size, count):
+    """EXR files beside those of oiiotool, which draws the texts alone, without what is behind them."""
+    make_frames(case / "png", "png", size, count)
+    (case / "in").mkdir()
+    frames = f"0-{count - 1}"
+    subprocess.run(["oiiotool", "--frames", frames, case / "png/frame_%03d.png", "--colorconvert", "sRGB", "linear", "-d",
+                    "half", "--compression", "zip", "-o", case / "in/frame_%03d.exr"], check=True)
+    texts = []
+    for font, color, _, _, height, x, y, text in LABELS:
+        place = f"x={round(x * size[1])}:y={round((y + 0.1) * size[1])}:size={round(height * size[1])}:font={font_file(font)}"
+        texts += [f"--text:{place}", text.replace("%p/", "")]
+    return {
+        "ours": [stamp, "--quiet", "--overlays", str(DATA / "overlays.json"), "--jobs", "2", "--output-dir",
+                 str(case / "ours"), *sorted(map(str, (case / "in").iterdir()))],
+        "oiiotool --text": ["oiiotool", "--frames", frames, str(case / "in/frame_%03d.exr"), *texts, "-o",
+                            str(case / "oiiotool --text/frame_%03d.exr")],
+    }
+
+
+def video(stamp, case, suffix, size, count):
+    """A video's frames through pipes beside those of ffmpeg's own filter. None is encoded."""
+    make_frames(case / "in", "png", size, count)
+    film, labels = case / "in.mkv", case / "labels.json"
+    subprocess.run(["ffmpeg", "-v", "error", "-i", case / "in/frame_%03d.png", "-c:v", "mpeg4", "-q:v", "2", film], check=True)
+    overlays = json.loads((DATA / "overlays.json").read_text())["overlays"]
+    texts = [{**one, "text": one["text"].replace("/{count}", "")} for one in overlays if "text" in one]
+    labels.write_text(json.dumps({"overlays": texts}))
+    boxes = []
+    for i, (font, color, background, _, height, x, y, text) in enumerate(LABELS):
+        (case / f"{i}.txt").write_text(text.replace("%p/100", "%{n}").replace("%f", "-"))
+        boxes.append(f"drawtext=fontfile={font_file(font)}:textfile={case}/{i}.txt:fontcolor={color}:"
+                     f"fontsize={round(height * size[1])}:x={round(x * size[1])}:y={round(y * size[1])}"
+                     + (f":box=1:boxcolor={background}" if background != "none" else ""))
+    read = f"ffmpeg -v error -i '{film}'"
+    return {
+        "ours, by pipe": ["bash", "-c", f"set -o pipefail; {read} -f image2pipe -c:v pam - | '{stamp}' --quiet --overlays "
+                          f"'{labels}' --output - - | ffmpeg -v error -f image2pipe -c:v pam -i - -f null -"],
+        "ffmpeg drawtext": ["bash", "-c", f"{read} -vf '{','.join(boxes)}' -f null -"],
+    }
+
+
+def font_file(name):
+    family = re.sub("-Regular$", "", name).replace("-", " ")
+    return subprocess.run(["fc-match", "-f", "%{file}", family], check=True, capture_output=True, text=True).stdout
+
+
 def cases(stamp, folder, count, is_chosen):
     """Makes frames in a folder for the cases that are chosen by their names. Yields the name of a case and its
     contenders: name, command, folder of the outputs. A program that isn't installed has no command."""
-    for suffix, size, frames in (("png", (1920, 1080), count), ("jpg", (1920, 1080), count),
-                                 ("png", (3840, 2160), max(1, count // 10))):
+    full, large = (1920, 1080), (3840, 2160)
+    for make, suffix, size, frames in ((pictures, "png", full, count), (pictures, "jpg", full, count),
+                                       (pictures, "png", large, max(1, count // 10)), (half_floats, "exr", full, count),
+                                       (video, "video frames", full, 2 * count)):
         name = f"overlay-stamp, {frames} {suffix} {size[0]}x{size[1]}"
         if not is_chosen(name):
             continue
-        case = Path(folder) / name
-        make_frames(case / "in", suffix, size, frames)
-        inputs = sorted(map(str, (case / "in").iterdir()))
-        ours = [stamp, "--quiet", "--overlays", str(DATA / "overlays.json"), *inputs, "--output-dir"]
-        peer = ["mogrify", *peer_arguments(size[1]), "-path"]
-        commands = {
-            "ours": [*ours, str(case / "ours"), "--jobs", "2"],
-            "ours, one job": [*ours, str(case / "ours, one job"), "--jobs", "1"],
-            "ImageMagick": [*peer, str(case / "ImageMagick"), *inputs] if shutil.which("mogrify") else None,
-        }
+        case = Path(folder) / re.sub("[ ,]+", "-", name)
+        commands = make(stamp, case, suffix, size, frames)
         for contender in commands:
-            (case / contender).mkdir()
+            (case / contender).mkdir(parents=True, exist_ok=True)
         yield name, [(one, commands[one], case / one) for one in commands]
