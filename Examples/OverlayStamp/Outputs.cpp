@@ -38,7 +38,7 @@ Identity identify(QString const& path)
 
 } // namespace
 
-void requireSafeOutputs(Options const& options, std::vector<OverlayEntry> const& entries)
+void requireSafeOutputs(StampOptions const& options, std::vector<OverlayEntry> const& entries)
 {
     std::map<Identity, QString> uses;
     for (FramePaths const& frame : options.frames)

@@ -29,7 +29,7 @@ QString toBar(std::size_t part, std::size_t whole)
 
 } // namespace
 
-Report::Report(Options const& options)
+Report::Report(StampOptions const& options)
     : _frameCount(countFrames(options)), _hasBar(!options.isQuiet && _frameCount > 1 && isatty(STDERR_FILENO)),
       _hasLines(!options.isQuiet && !_hasBar && !options.writesPipe)
 {

@@ -2,7 +2,7 @@
 /// What the user is told.
 #pragma once
 
-#include "Options.h"
+#include "StampOptions.h"
 
 #include <atomic>
 #include <chrono>
@@ -16,7 +16,7 @@ namespace ztExamples
 class Report
 {
   public:
-    explicit Report(Options const& options);
+    explicit Report(StampOptions const& options);
     Report(Report const&) = delete;
     Report& operator=(Report const&) = delete;
     ~Report();

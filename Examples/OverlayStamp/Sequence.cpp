@@ -146,7 +146,7 @@ struct FrameToFinish
 class Sequence
 {
   public:
-    Sequence(Options const& options, Scene& scene, Report& report)
+    Sequence(StampOptions const& options, Scene& scene, Report& report)
         : _options(options), _source(createSource(options)), _scene(scene), _report(report),
           _room(2 * (_pool.maxThreadCount() + 1))
     {
@@ -154,15 +154,16 @@ class Sequence
 
     void stampAll()
     {
-        runOrEnd([this] {
-            std::thread taking([this] { runOrEnd([this] { takeAll(); }); });
-            std::thread finishing([this] { runOrEnd([this] { finishAll(); }); });
+        std::thread taking, finishing;
+        runOrEnd([&] { // and what it throws ends no thread that runs
+            taking = std::thread([this] { runOrEnd([this] { takeAll(); }); });
+            finishing = std::thread([this] { runOrEnd([this] { finishAll(); }); });
             while (std::optional<FrameToStamp> frame = _taken.pop())
                 _stamped.push(stamp(std::move(*frame)));
             _stamped.push(std::nullopt);
-            taking.join();
-            finishing.join();
         });
+        taking.join();
+        finishing.join();
     }
 
   private:
@@ -241,7 +242,7 @@ class Sequence
     }
 
     QThreadPool& _pool = *QThreadPool::globalInstance();
-    Options const& _options;
+    StampOptions const& _options;
     std::unique_ptr<Source> _source;
     Scene& _scene;
     Report& _report;
@@ -252,7 +253,7 @@ class Sequence
 
 } // namespace
 
-void stampSequence(Options const& options, Scene& scene, Report& report)
+void stampSequence(StampOptions const& options, Scene& scene, Report& report)
 {
     Sequence(options, scene, report).stampAll();
 }

@@ -12,7 +12,7 @@ namespace
 class Files : public Source
 {
   public:
-    explicit Files(Options const& options) : _options(options) {}
+    explicit Files(StampOptions const& options) : _options(options) {}
 
     std::optional<FrameNames> next() override
     {
@@ -38,7 +38,7 @@ class Files : public Source
     }
 
   private:
-    Options const& _options;
+    StampOptions const& _options;
     std::size_t _index = 0;
     std::shared_ptr<FrameFile> _file;
 };
@@ -47,7 +47,7 @@ class Files : public Source
 class Layers : public Files
 {
   public:
-    explicit Layers(Options const& options) : Files(options), _size(*options.layerSize) {}
+    explicit Layers(StampOptions const& options) : Files(options), _size(*options.layerSize) {}
 
     std::optional<FrameNames> next() override
     {
@@ -76,7 +76,7 @@ class Layers : public Files
 class Pipe : public Source
 {
   public:
-    explicit Pipe(Options const& options) : _options(options) {}
+    explicit Pipe(StampOptions const& options) : _options(options) {}
 
     std::optional<FrameNames> next() override
     {
@@ -119,7 +119,7 @@ class Pipe : public Source
         }
     }
 
-    Options const& _options;
+    StampOptions const& _options;
     std::size_t _index = 0;
     bool _isBroken = false;
     PamHeader _header;
@@ -127,7 +127,7 @@ class Pipe : public Source
 
 } // namespace
 
-std::unique_ptr<Source> createSource(Options const& options)
+std::unique_ptr<Source> createSource(StampOptions const& options)
 {
     if (options.readsPipe)
         return std::make_unique<Pipe>(options);

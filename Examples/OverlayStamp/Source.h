@@ -3,8 +3,8 @@
 #pragma once
 
 #include "Frame.h"
-#include "Options.h"
 #include "Placeholders.h"
+#include "StampOptions.h"
 
 #include <functional>
 #include <memory>
@@ -39,6 +39,6 @@ class Source
 };
 
 /// \param options  outlive the source
-std::unique_ptr<Source> createSource(Options const& options);
+std::unique_ptr<Source> createSource(StampOptions const& options);
 
 } // namespace ztExamples

@@ -5,12 +5,13 @@
 #include "Check.h"
 #include "Fonts.h"
 #include "Host.h"
-#include "Options.h"
 #include "Outputs.h"
 #include "Report.h"
 #include "Resources.h"
 #include "Scene.h"
 #include "Sequence.h"
+#include "StampOptions.h"
+#include "ztPlatform.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -35,7 +36,7 @@ void makeFolder(QString const& folder, bool isDryRun)
 }
 
 /// \throw std::runtime_error without what the frames need for sure
-void prepareFrames(Options const& options)
+void prepareFrames(StampOptions const& options)
 {
     bool const areNative = !options.rules.space.isEmpty() ||
                            std::any_of(options.frames.begin(), options.frames.end(), [](FramePaths const& frame) {
@@ -48,7 +49,7 @@ void prepareFrames(Options const& options)
     nativeFrames().requireSpace(options.rules.space);
 }
 
-ExitCode check(Options const& options)
+ExitCode check(StampOptions const& options)
 {
     std::vector<OverlayEntry> const entries =
         readOverlayFile(options.checkedFile, options.rules.maxPixels, options.values);
@@ -58,7 +59,7 @@ ExitCode check(Options const& options)
     return AllDone;
 }
 
-void tellOmissions(Options const& options)
+void tellOmissions(StampOptions const& options)
 {
     if (options.isQuiet)
         return;
@@ -74,7 +75,7 @@ void tellOmissions(Options const& options)
         tell(QString("%1 of %2 frames are left out").arg(count).arg(options.frames.size()));
 }
 
-ExitCode tellFrames(Options const& options)
+ExitCode tellFrames(StampOptions const& options)
 {
     std::size_t missing = 0;
     for (FramePaths const& frame : options.frames)
@@ -93,11 +94,12 @@ ExitCode tellFrames(Options const& options)
     return missing > 0 ? NotAllDone : AllDone;
 }
 
-ExitCode stamp(Options const& options)
+ExitCode stamp(StampOptions const& options)
 {
     if (!options.checkedFile.isEmpty())
         return check(options);
     limitThreads(options.jobs);
+    ztPlatform::setDpiScale(options.dpiScale, options.dpiScale);
     std::vector<OverlayEntry> const entries =
         readOverlayFile(options.overlayFile, options.rules.maxPixels, options.values);
     requireFonts(entries);
@@ -131,5 +133,5 @@ int main(int argc, char** argv)
 {
     keepFreedMemory();
     // Text needs an application, not a display.
-    return runHost(argc, argv, "offscreen", parseOptions, stamp);
+    return runHost(argc, argv, "offscreen", parseStampOptions, stamp);
 }

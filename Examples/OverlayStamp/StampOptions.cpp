@@ -1,10 +1,9 @@
-#include "Options.h"
+#include "StampOptions.h"
 
 #include "CommandLine.h"
 #include "Frame.h"
 #include "NamePattern.h"
 #include "OverlayFile.h"
-#include "ztPlatform.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -13,6 +12,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace ztExamples
@@ -84,9 +84,8 @@ void addOptions(QCommandLineParser& parser)
         {"overlays", "JSON file with the overlays.", "FILE"},
         {"check", "Only read a JSON file, and say in a line per overlay what it holds. It takes no images.", "FILE"},
         {"output",
-         "Where the stamped image goes; the suffix says the format. One input only, unless it is a pattern. - is the "
-         "standard output stream, "
-         "for any number of them.",
+         "Where the stamped image goes; the suffix says the format. One input only, unless it is a pattern, "
+         "whose folder is made. - is the standard output stream, for any number of them.",
          "FILE"},
         {"frames", "The numbers of the frames of an input that is a pattern (all that are there).",
          "1001-1100,1120,1200-1300x10"},
@@ -127,12 +126,13 @@ void addOptions(QCommandLineParser& parser)
         "INPUT", "Images, in the order of the sequence; or - for those of the standard input stream.", "INPUT...");
 }
 
-void applyDpiScale(QString const& text)
+double parseDpiScale(QString const& text)
 {
     bool isNumber;
     double const scale = text.toDouble(&isNumber);
-    require(isNumber && ztPlatform::setDpiScale(scale, scale),
+    require(isNumber && scale > 0.0 && std::isfinite(scale),
             "--dpi-scale: expected a number above 0, got \"" + text + "\"");
+    return scale;
 }
 
 /// The value of an option, or a default if it isn't given.
@@ -276,7 +276,7 @@ QString outputOf(FramePaths const& frame, QString const& output, QString const& 
 }
 
 /// Says of each frame that is left out why it is.
-void leaveOut(Options& options)
+void leaveOut(StampOptions& options)
 {
     for (FramePaths& frame : options.frames)
     {
@@ -323,17 +323,17 @@ std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
 
 } // namespace
 
-std::size_t countFrames(Options const& options)
+std::size_t countFrames(StampOptions const& options)
 {
     return std::size_t(std::count_if(options.frames.begin(), options.frames.end(),
                                      [](FramePaths const& frame) { return frame.omission.isEmpty(); }));
 }
 
-Options parseOptions(QStringList const& arguments)
+StampOptions parseStampOptions(QStringList const& arguments)
 {
     QCommandLineParser parser;
     addOptions(parser);
-    Options options;
+    StampOptions options;
     options.information = parse(parser, arguments, overlayFileHelp + QString(placeholdersHelp) + details);
     if (!options.information.isEmpty())
         return options;
@@ -351,13 +351,15 @@ Options parseOptions(QStringList const& arguments)
     require(!options.overlayFile.isEmpty(), "--overlays is needed");
     options.frames = parseFrames(parser);
     options.values.isCounted = !parser.positionalArguments().contains(pipe);
-    options.outputDir = valueOf(parser, "output-dir");
+    QString const output = valueOf(parser, "output");
+    bool const isPattern = output != pipe && parsePattern(output);
+    options.outputDir = isPattern ? QFileInfo(output).path() : valueOf(parser, "output-dir");
     options.readsPipe = parser.positionalArguments().contains(pipe);
-    options.writesPipe = valueOf(parser, "output") == pipe;
+    options.writesPipe = output == pipe;
     options.jobs = parseWhole(parser, "jobs", 1, maxJobs, std::clamp(QThread::idealThreadCount(), 1, maxJobs));
     options.rules.pngCompression = parseWhole(parser, "compression", 0, 9, defaultPngCompression);
     if (parser.isSet("dpi-scale"))
-        applyDpiScale(valueOf(parser, "dpi-scale"));
+        options.dpiScale = parseDpiScale(valueOf(parser, "dpi-scale"));
     options.rules.space = valueOf(parser, "frame-space");
     if (parser.isSet("layer"))
         options.layerSize = parseLayerSize(valueOf(parser, "layer"), options.rules.maxPixels);

@@ -24,7 +24,7 @@ struct FramePaths
     QString omission = {};
 };
 
-struct Options
+struct StampOptions
 {
     QString overlayFile;
     /// Not empty: an overlay file of which to say what it holds, and nothing else is to be done.
@@ -37,8 +37,10 @@ struct Options
     /// Of the frames if they are layers, without inputs.
     std::optional<QSize> layerSize;
     RunValues values;
-    /// To be made if it is missing; empty for a single output.
+    /// To be made if it is missing; empty for none.
     QString outputDir;
+    /// Pixels for each DPI-independent pixel.
+    double dpiScale = 1.0;
     /// How many threads decode and encode.
     int jobs = 1;
     /// The limit is also one of the overlay file's pictures, and of an overlay's picture as it is stamped.
@@ -56,11 +58,10 @@ struct Options
 };
 
 /// Those that aren't left out.
-std::size_t countFrames(Options const& options);
+std::size_t countFrames(StampOptions const& options);
 
-/// Sets the platform's DPI scale, too, if one is given.
 /// \param arguments  the program's name first
 /// \throw std::runtime_error for a usage error; what() is one line about it
-Options parseOptions(QStringList const& arguments);
+StampOptions parseStampOptions(QStringList const& arguments);
 
 } // namespace ztExamples
