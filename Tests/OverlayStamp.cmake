@@ -32,6 +32,10 @@ if(ZT_PYTHON)
         COMMAND_EXPAND_LISTS WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/Pipes)
 endif()
 
+add_test(NAME Recipes
+    COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/recipes ${PROJECT_SOURCE_DIR}/Docs/stamp.md $<TARGET_FILE:ztOverlayStamp>
+            ${PROJECT_SOURCE_DIR}/Examples/Data)
+
 # The small examples; the one with a window where there are the library for it and a display.
 zt_add_tests(ztExamplesTests
     SOURCES ExamplesTest.cpp HostTest.h
