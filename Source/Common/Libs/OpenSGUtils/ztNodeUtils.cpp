@@ -62,10 +62,10 @@ void replaceChild(osg::NodePtr const& old, osg::NodePtr const& child)
 {
     if (old == osg::NullFC || old->parent == osg::NullFC || child == osg::NullFC || child == old)
         return;
-    osg::NodePtr const below = old->parent, moved = child, before = child->parent;
-    below->replaceChild(old, moved);
+    osg::NodePtr const below = old->parent, replaced = old, moved = child, before = child->parent;
+    below->replaceChild(replaced, moved);
     if (moved->parent == below)
-        markMove(before != old ? before : osg::NullFC, below);
+        markMove(before != replaced ? before : osg::NullFC, below);
 }
 
 void rename(osg::NodePtr const& node, std::string const& name)
