@@ -4,6 +4,7 @@
 #include "OSGRefPtr.h"
 #include "TestSupport.h"
 #include "ztImage.h"
+#include "ztNodeUtils.h"
 
 #include <sstream>
 
@@ -156,6 +157,8 @@ Row const rows[] = {
     {"core of many", [](Scene& s) { s.group->setCore(s.spare->core); }, [](Scene& s) { s.share(); }},
     {"child", [](Scene& s) { s.group->addChild(s.spare); }},
     {"another's child", [](Scene& s) { s.spare->addChild(s.textNode); }},
+    {"child in another's place", [](Scene& s) { ztNodeUtils::replaceChild(s.group, s.textNode); }},
+    {"moved child", [](Scene& s) { ztNodeUtils::moveChild(s.spare, 0, s.textNode); }},
     {"name", [](Scene& s) { osg::setName(s.textNode, longName); }},
     {"other name", [](Scene& s) { osg::setName(s.shownNode, longName); }},
     {"chunk", [](Scene& s) { s.material->addChunk(s.material->chunks[1], osg::ChunkMaterial::AutoSlot); }},
@@ -175,6 +178,12 @@ Row const rows[] = {
     {"text", [](Scene& s) { ztOverlays::updateOverlayImage(s.textNode, s.viewport); }},
     {"text removed", [](Scene& s) { ztOverlays::updateOverlayImage(s.text, 60, 40); },
      [](Scene& s) { ztOverlays::updateOverlay(s.text, 60, 40), s.text->text.clear(); }},
+    {"picture becomes text", [](Scene& s) { ztOverlays::updateOverlay(s.shown, 60, 40); },
+     [](Scene& s) {
+         s.shown->contentType = osg::Overlay::ContentText, s.shown->text = longName;
+         s.shown->sizeMode = osg::Overlay::SizeRelative, s.shown->size = 0.4f; // the height of what is blank
+     },
+     false},
     {"no foreground", [](Scene& s) { ztOverlays::updateOverlayImage(s.shown, 60, 40); },
      [](Scene& s) { osg::setRefdCP(s.shown->foreground, osg::NullFC); }},
     {"place", [](Scene& s) { ztOverlays::updateOverlayPosition(s.shownNode, s.viewport); },

@@ -23,6 +23,8 @@ class Bytes
   public:
     Bytes(osg::UInt8 const* data, std::size_t size) : _data(data), _end(data + size) {}
 
+    bool isEmpty() const { return _data == _end; }
+
     /// A value of any bit pattern.
     template <class T>
     T bits()
