@@ -12,6 +12,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 add_library(ztCompileOptions INTERFACE)
+target_compile_definitions(ztCompileOptions INTERFACE QT_NO_KEYWORDS) # such as signals
 target_compile_options(ztCompileOptions INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<BOOL:${ZT_WERROR}>:-Werror>
     # Placement is single precision, rounded after each operation, on every processor.

@@ -142,7 +142,7 @@ void appendPixels(QByteArray& file, std::vector<uchar> const& rows, int level)
     if (!compressor)
         throw std::bad_alloc();
     std::size_t const room = std::min(libdeflate_zlib_compress_bound(compressor.get(), rows.size()), maxCompressedSize);
-    int const start = file.size() + int(sizeof(quint32));
+    int const start = int(file.size()) + int(sizeof(quint32));
     file.resize(start + nameSize + int(room));
     std::memcpy(file.data() + start, "IDAT", nameSize);
     std::size_t const size =

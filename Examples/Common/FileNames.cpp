@@ -1,5 +1,8 @@
 #include "FileNames.h"
 
+#include <QtGlobal>
+
+#if QT_VERSION_MAJOR == 5
 #include <QTextCodec>
 
 #include <algorithm>
@@ -60,3 +63,12 @@ void keepAnyFileName()
 }
 
 } // namespace ztExamples
+
+#else
+
+void ztExamples::keepAnyFileName()
+{
+    // Qt 6 takes every file name for UTF-8 and can't be told otherwise.
+}
+
+#endif

@@ -5,7 +5,8 @@
 namespace ztExamples
 {
 
-/// From now on Qt takes file names and arguments for UTF-8, and bytes that aren't come back as they were.
+/// From now on Qt takes file names and arguments for UTF-8, and bytes that aren't come back as they were: with Qt 5.
+/// Qt 6 has no place for them.
 void keepAnyFileName();
 
 } // namespace ztExamples

@@ -83,7 +83,7 @@ void requireSingleKeys(QByteArray const& bytes)
             continue;
         QString const key = unescaped(match.captured(1));
         if (objects.back().contains(key))
-            complain(placeOf(json.left(match.capturedStart()).toUtf8().size(), bytes) + ": the key " + shown(key) +
+            complain(placeOf(int(json.left(match.capturedStart()).toUtf8().size()), bytes) + ": the key " + shown(key) +
                      " is there already");
         objects.back() << key;
     }

@@ -38,15 +38,18 @@ QSurfaceFormat neededFormat(bool isES)
     return format;
 }
 
-/// In DPI-independent pixels of the window.
+/// In DPI-independent pixels of the window, by Qt 6.
 template <class PointerEvent>
-QPointF positionOf(PointerEvent const* event)
+auto positionOf(PointerEvent const* event) -> decltype(event->position())
 {
-#if QT_VERSION_MAJOR >= 6
     return event->position();
-#else
+}
+
+/// By Qt 5, since the one above is taken where it can be.
+template <class PointerEvent, class... None>
+QPointF positionOf(PointerEvent const* event, None...)
+{
     return event->localPos();
-#endif
 }
 
 bool canHave(QSurfaceFormat const& format)
