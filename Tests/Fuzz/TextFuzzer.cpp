@@ -28,7 +28,7 @@ void check(osg::OverlayPtr const& overlay, int height)
 {
     QString const text = QString::fromUtf8(overlay->text.c_str());
     bool const isRelative = overlay->sizeMode != 0;
-    int const pictureHeight = ztNumeric::truncate(float(height) * overlay->size), lines = text.count('\n') + 1;
+    int const pictureHeight = ztNumeric::truncate(float(height) * overlay->size), lines = int(text.count('\n')) + 1;
     int const points = isRelative ? ztNumeric::truncate(pictureHeight / ztPlatform::getDpiScaleY() / lines)
                                   : ztNumeric::truncate(overlay->size);
     if (points > 40 || (isRelative && pictureHeight > 400)) // more than there is time for
