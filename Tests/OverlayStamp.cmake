@@ -34,7 +34,8 @@ endif()
 
 add_test(NAME Recipes
     COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/recipes ${PROJECT_SOURCE_DIR}/Docs/stamp.md $<TARGET_FILE:ztOverlayStamp>
-            ${PROJECT_SOURCE_DIR}/Examples/Data)
+            ${PROJECT_SOURCE_DIR}/Examples/Data $<$<NOT:$<TARGET_EXISTS:ztOpenImageIO>>:oiiotool>
+    COMMAND_EXPAND_LISTS)
 
 # The small examples; the one with a window where there are the library for it and a display.
 zt_add_tests(ztExamplesTests
