@@ -2,6 +2,7 @@
 
 #include "HostTest.h"
 #include "OSGNodeUtils.h"
+#include "OSGRefPtr.h"
 #include "OverlayNodes.h"
 
 #include <QBuffer>
@@ -41,6 +42,58 @@ class OverlayStamp : public HostTest
     }
 };
 
+/// LABELS and OUT stand for options that are right.
+std::pair<char const*, std::string> const wrongUsages[] = {
+    {"--overlay labels.json", "Unknown option 'overlay'"},
+    {"OUT frame.png", "--overlays is needed"},
+    {"LABELS OUT", "no input is given"},
+    {"LABELS frame.png", "one of --output and --output-dir is needed"},
+    {"LABELS OUT --output-dir out frame.png", "one of --output and --output-dir is needed"},
+    {"LABELS OUT --output b.png frame.png", "--output is given twice"},
+    {"LABELS OUT frame.png sub/frame.png",
+     "--output takes one input, or several with a name such as out.####.png; --output-dir takes several"},
+    {"LABELS --output-dir out frame.png sub/frame.png", "two inputs would be written to \"out/frame.png\""},
+    {"LABELS --output frame.png link.png", "\"frame.png\" is an input, which only --force replaces"},
+    {"LABELS --output-dir . link.png sub/frame.png", "\"./link.png\" is an input, which only --force replaces"},
+    {"LABELS --output same/hard.png frame.png", "\"same/hard.png\" is an input, which only --force replaces"},
+    {"LABELS --output-dir same frame.png", "\"same/frame.png\" is an input, which only --force replaces"},
+    {"LABELS --output labels.png frame.png", "\"labels.png\" is the overlay file, which only --force replaces"},
+    {"LABELS --output same/red.png frame.png",
+     "\"same/red.png\" is a picture of the overlay file, which only --force replaces"},
+    {"LABELS --output-dir sub red.png hard.png",
+     "\"sub/hard.png\" is \"sub/red.png\" too, which only --force replaces"},
+    {"LABELS OUT -", "the input - stands alone, with --output -"},
+    {"LABELS OUT --count 2 frame.png", "--count is the number of layers of --layer"},
+    {"LABELS OUT --layer 8x8 frame.png", "--layer takes --output, and no input"},
+    {"LABELS OUT --layer 8x0", "--layer: expected a width and a height in pixels as in 1920x1080, got \"8x0\""},
+    {"LABELS OUT --layer 20000x20000", "--layer: 20000x20000 pixels are above the limit of 268435456"},
+    {"LABELS OUT --layer 8x8 --count 2",
+     "--output: expected a name with # for the number of each layer, or -, got \"a.png\""},
+    {"LABELS --output a.jpg --layer 8x8", "--output: the format of \"a.jpg\" has no alpha channel for a layer"},
+    {"LABELS OUT --dpi-scale 0 frame.png", "--dpi-scale: expected a number above 0, got \"0\""},
+    {"LABELS OUT --jobs 0 frame.png", "--jobs: expected a whole number from 1 to 256, got \"0\""},
+    {"LABELS OUT --compression 10 frame.png", "--compression: expected a whole number from 0 to 9, got \"10\""},
+    {"LABELS OUT --max-pixels 1e9 frame.png",
+     "--max-pixels: expected a whole number from 0 to 2147483647, got \"1e9\""},
+    {"LABELS OUT --frames 1 frame.png", "--frames needs an input such as shot.####.exr"},
+    {"LABELS OUT a.%02d.png", "no file matches \"a.01.png\" with any number"},
+    {"LABELS OUT a#b#.png", "\"a#b#.png\": expected one place of 18 digits at most for a number"},
+    {"LABELS --output a.#.png frame.png", "\"frame.png\" has no number for --output \"a.#.png\""},
+    {"LABELS OUT --frames 1-2x0 a.#.png",
+     "--frames: expected numbers of 9 digits at most such as 1001-1100,1120,1200-1300x10, got \"1-2x0\""},
+    {"LABELS OUT --frames 1-9,5 a.#.png", "--frames: 5 is there twice"},
+    {"LABELS OUT --frames 0-999999,-1 a.#.png", "--frames: expected 1000000 frames at most, got \"0-999999,-1\""},
+    {"LABELS --output - --skip-existing frame.png", "--skip-existing needs outputs that are files"},
+    {"LABELS OUT --fps 29.9 frame.png", "--fps: expected a rate such as 24, 23.976 or 29.97, got \"29.9\""},
+    {"LABELS OUT --start 01:00:00:00 frame.png", "--start needs --fps"},
+    {"LABELS OUT --fps 25 --start 01:00:00:25 frame.png",
+     "--start: expected a timecode of 25 frames a second, got \"01:00:00:25\""},
+    {"LABELS OUT --now noon frame.png", "--now: expected a time such as 2026-01-31T12:00:00, got \"noon\""},
+    {"LABELS OUT --set Shot frame.png", "--set: expected NAME=VALUE, got \"Shot\""},
+    {"LABELS OUT --set A=1 --set A=2 frame.png", "--set: \"A\" is given twice"},
+    {"LABELS OUT --allow-env NOT_THERE frame.png", "--allow-env: the environment has no \"NOT_THERE\""},
+};
+
 TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
 {
     ASSERT_TRUE(QDir().mkdir("sub"));
@@ -50,61 +103,10 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
     ASSERT_TRUE(link("frame.png", "hard.png") == 0 && link("labels.json", "labels.png") == 0);
     writePicture("red.png", Qt::red, {4, 4});
     writeLabels(R"({"contentType": "image", "image": "red.png"})");
-    // LABELS and OUT stand for options that are right.
     auto const complete = [](QString arguments) {
         return arguments.replace("LABELS", "--overlays labels.json").replace("OUT", "--output a.png");
     };
-    std::pair<char const*, std::string> const rows[] = {
-        {"--overlay labels.json", "Unknown option 'overlay'"},
-        {"OUT frame.png", "--overlays is needed"},
-        {"LABELS OUT", "no input is given"},
-        {"LABELS frame.png", "one of --output and --output-dir is needed"},
-        {"LABELS OUT --output-dir out frame.png", "one of --output and --output-dir is needed"},
-        {"LABELS OUT --output b.png frame.png", "--output is given twice"},
-        {"LABELS OUT frame.png sub/frame.png",
-         "--output takes one input, or several with a name such as out.####.png; --output-dir takes several"},
-        {"LABELS --output-dir out frame.png sub/frame.png", "two inputs would be written to \"out/frame.png\""},
-        {"LABELS --output frame.png link.png", "\"frame.png\" is an input, which only --force replaces"},
-        {"LABELS --output-dir . link.png sub/frame.png", "\"./link.png\" is an input, which only --force replaces"},
-        {"LABELS --output same/hard.png frame.png", "\"same/hard.png\" is an input, which only --force replaces"},
-        {"LABELS --output-dir same frame.png", "\"same/frame.png\" is an input, which only --force replaces"},
-        {"LABELS --output labels.png frame.png", "\"labels.png\" is the overlay file, which only --force replaces"},
-        {"LABELS --output same/red.png frame.png",
-         "\"same/red.png\" is a picture of the overlay file, which only --force replaces"},
-        {"LABELS --output-dir sub red.png hard.png",
-         "\"sub/hard.png\" is \"sub/red.png\" too, which only --force replaces"},
-        {"LABELS OUT -", "the input - stands alone, with --output -"},
-        {"LABELS OUT --count 2 frame.png", "--count is the number of layers of --layer"},
-        {"LABELS OUT --layer 8x8 frame.png", "--layer takes --output, and no input"},
-        {"LABELS OUT --layer 8x0", "--layer: expected a width and a height in pixels as in 1920x1080, got \"8x0\""},
-        {"LABELS OUT --layer 20000x20000", "--layer: 20000x20000 pixels are above the limit of 268435456"},
-        {"LABELS OUT --layer 8x8 --count 2",
-         "--output: expected a name with # for the number of each layer, or -, got \"a.png\""},
-        {"LABELS --output a.jpg --layer 8x8", "--output: the format of \"a.jpg\" has no alpha channel for a layer"},
-        {"LABELS OUT --dpi-scale 0 frame.png", "--dpi-scale: expected a number above 0, got \"0\""},
-        {"LABELS OUT --jobs 0 frame.png", "--jobs: expected a whole number from 1 to 256, got \"0\""},
-        {"LABELS OUT --compression 10 frame.png", "--compression: expected a whole number from 0 to 9, got \"10\""},
-        {"LABELS OUT --max-pixels 1e9 frame.png",
-         "--max-pixels: expected a whole number from 0 to 2147483647, got \"1e9\""},
-        {"LABELS OUT --frames 1 frame.png", "--frames needs an input such as shot.####.exr"},
-        {"LABELS OUT a.%02d.png", "no file matches \"a.01.png\" with any number"},
-        {"LABELS OUT a#b#.png", "\"a#b#.png\": expected one place of 18 digits at most for a number"},
-        {"LABELS --output a.#.png frame.png", "\"frame.png\" has no number for --output \"a.#.png\""},
-        {"LABELS OUT --frames 1-2x0 a.#.png",
-         "--frames: expected numbers of 9 digits at most such as 1001-1100,1120,1200-1300x10, got \"1-2x0\""},
-        {"LABELS OUT --frames 1-9,5 a.#.png", "--frames: 5 is there twice"},
-        {"LABELS OUT --frames 0-999999,-1 a.#.png", "--frames: expected 1000000 frames at most, got \"0-999999,-1\""},
-        {"LABELS --output - --skip-existing frame.png", "--skip-existing needs outputs that are files"},
-        {"LABELS OUT --fps 29.9 frame.png", "--fps: expected a rate such as 24, 23.976 or 29.97, got \"29.9\""},
-        {"LABELS OUT --start 01:00:00:00 frame.png", "--start needs --fps"},
-        {"LABELS OUT --fps 25 --start 01:00:00:25 frame.png",
-         "--start: expected a timecode of 25 frames a second, got \"01:00:00:25\""},
-        {"LABELS OUT --now noon frame.png", "--now: expected a time such as 2026-01-31T12:00:00, got \"noon\""},
-        {"LABELS OUT --set Shot frame.png", "--set: expected NAME=VALUE, got \"Shot\""},
-        {"LABELS OUT --set A=1 --set A=2 frame.png", "--set: \"A\" is given twice"},
-        {"LABELS OUT --allow-env NOT_THERE frame.png", "--allow-env: the environment has no \"NOT_THERE\""},
-    };
-    for (auto const& [arguments, complaint] : rows)
+    for (auto const& [arguments, complaint] : wrongUsages)
         expectComplaint(complete(arguments), "overlay-stamp: " + complaint + " (see --help)");
     EXPECT_EQ(run(complete("LABELS --output-dir sub --quiet --force red.png hard.png")), Outcome(0, "", ""));
     auto const [exitCode, output, errors] = run(complete("LABELS --output a.none frame.png"));
@@ -113,6 +115,68 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
                     "overlay-stamp: can't make the folder \"labels.json\"");
     expectComplaint(complete("--overlays no.json OUT frame.png"), "no.json: can't read it: No such file or directory");
 }
+
+std::pair<QByteArray, char const*> const wrongFiles[] = {
+    {"[1]", R"(expected an object with the key "overlays", got [1])"},
+    {"{\n\"overlays\": [\n{\"text\": \"é\" 1}]}", "line 3, column 15: unterminated object"},
+    {"{}", "overlays: expected an array of objects, got nothing"},
+    {R"({"overlay":[]})", R"(overlay: unknown key, did you mean "overlays"?)"},
+    {R"({"$schema":1})", "$schema: expected a string, got 1"},
+    {R"({"fontFiles":"a.ttf"})", R"(fontFiles: expected an array of paths, got "a.ttf")"},
+    {R"({"fontFiles":["no.ttf"]})", R"(fontFiles[0]: can't read "no.ttf": File not found)"},
+    {R"({"fontFiles":["frame.png"]})", R"(fontFiles[0]: can't read "frame.png": It is no font)"},
+    {R"({"overlays":[{"text":"a"},null]})", "overlays[1]: expected an object, got null"},
+    {"{\"overlays\":[{\"text\":\"a\\\\\"},{\"text\":\"\\\"}\",\n\"te\\u0078t\" :1}]}",
+     R"(line 2, column 1: the key "text" is there already)"},
+    {"{\"overlays\":[]" + QByteArray(1 << 22, ' ') + "}", "expected 4194304 bytes at most"},
+    {"{\"overlays\":[" + QByteArray(R"({"contentType":"guide","guide":"grid","columns":90,"rows":90},)").repeated(3) +
+         "1]}",
+     "overlays[2]: the guides of a file may not have so many lines"},
+};
+
+std::pair<QByteArray, std::string> const wrongEntries[] = {
+    {R"("anchr":[0,0])", R"(anchr: unknown key, did you mean "anchor"?)"},
+    {R"("si\nze":1)", R"(si\nze: unknown key, did you mean "size"?)"},
+    {"", "text: expected a string, got nothing"},
+    {R"("contentType":"image","text":"a")", "image: expected a path, got nothing"},
+    {R"("contentType":"Text")", R"(contentType: expected "text", "image" or "guide", got "Text")"},
+    {R"("contentType":"guide")", "guide: expected a guide's name, got nothing"},
+    {R"("contentType":"guide","guide":"bar")", "rectangle: expected four numbers from 0 to 1, got nothing"},
+    {R"("contentType":"guide","guide":"bar","columns":3)", "columns: no key of a guide \"bar\""},
+    {R"("contentType":"guide","guide":"grid","rows":1.5)", "rows: expected a whole number from 1 to 100, got 1.5"},
+    {R"("contentType":"guide","guide":"cross","length":0)", "length: expected a number above 0, up to 1, got 0"},
+    {R"("text":"a","color":[1,1,1,1])", "color: no key of a text"},
+    {R"("text":"a","padding":[1,-1])", "padding: expected one or two numbers from 0 on, got [1,-1]"},
+    {R"("text":"a","shadow":{"ofset":[1,1]})", R"(shadow: ofset: unknown key, did you mean "offset"?)"},
+    {R"("anchor":[1,"top"])", R"(anchor: expected two numbers, got [1,"top"])"},
+    {R"("offset":[1,2,3])", "offset: expected two numbers, got [1,2,3]"},
+    {R"("anchor":[0,1e308])", "anchor: expected two numbers in single precision's range, got [0,1e+308]"},
+    {R"("textColor":[0,0,0,1.01])", "textColor: expected four numbers from 0 to 1, got [0,0,0,1.01]"},
+    {R"("backgroundTransparency":-1)",
+     "backgroundTransparency: expected a number or three numbers from 0 to 1, got -1"},
+    {R"("size":0)", "size: expected a number above 0, got 0"},
+    {R"("size":1e-320)", "size: expected a number above 0 in single precision's range, got 1e-320"},
+    {R"("text":"a","size":0.5)", "size: expected at least 1 point, got 0.5"},
+    {R"("text":"a","sizeMode":"relative")", "size: expected a fraction of the frame's height, got nothing"},
+    {R"("visible":0)", "visible: expected true or false, got 0"},
+    {R"("text":"a\u0000b")", R"(text: expected a string without zero bytes, got "a\u0000b")"},
+    {R"("text":"{Index}")", R"(text: unknown placeholder "{Index}", did you mean {index}?)"},
+    {R"("text":"a } b")", R"(text: expected {{ or }} for a brace, got "a } b")"},
+    {R"("text":"{frame:4}")", "text: {frame:4}: expected a shift, a width in zeros or both, as in {frame+1000:04}"},
+    {R"("text":"{timecode:04}")", "text: {timecode:04}: expected a shift at most, as in {timecode-1001}"},
+    {R"("text":"{stem+1}")", "text: {stem+1}: expected nothing behind the name"},
+    {R"("text":"{meta}")", "text: {meta}: expected a name, as in {meta:Camera} or {meta:Camera|unknown}"},
+    {R"("text":"{set:shot}")", "text: {set:shot} needs --set shot=VALUE, did you mean {set:Shot}?"},
+    {R"("text":"{env:HOME}")", "text: {env:HOME} needs --allow-env HOME"},
+    {R"("font":[")" + QByteArray(61, '1') + "\"]", "font: expected a string, got [\"" + std::string(58, '1') + "..."},
+    {R"("text":"a","font":"DejaVv Sanz")",
+     R"(font: expected a family of the system's fonts, got "DejaVv Sanz", did you mean "DejaVu Sans"?)"},
+    {R"("contentType":"image","image":"no.png")", R"(image: can't read "no.png": File not found)"},
+    {R"("contentType":"image","image":"huge.ppm")",
+     R"(image: can't read "huge.ppm": 20000 by 20000 pixels are above the limit of 268435456)"},
+    {"\"text\":\"" + QByteArray(100001, '1') + "\"",
+     "text: expected 100000 characters at most, got \"" + std::string(59, '1') + "..."},
+};
 
 TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongInTheOverlayFile)
 {
@@ -123,71 +187,10 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongInTheOverlayFile)
         write("labels.json", json);
         expectComplaint("--overlays labels.json --set Shot=1 --output-dir out frame.png", "labels.json: " + complaint);
     };
-    std::pair<QByteArray, char const*> const files[] = {
-        {"[1]", R"(expected an object with the key "overlays", got [1])"},
-        {"{\n\"overlays\": [\n{\"text\": \"é\" 1}]}", "line 3, column 15: unterminated object"},
-        {"{}", "overlays: expected an array of objects, got nothing"},
-        {R"({"overlay":[]})", R"(overlay: unknown key, did you mean "overlays"?)"},
-        {R"({"$schema":1})", "$schema: expected a string, got 1"},
-        {R"({"fontFiles":"a.ttf"})", R"(fontFiles: expected an array of paths, got "a.ttf")"},
-        {R"({"fontFiles":["no.ttf"]})", R"(fontFiles[0]: can't read "no.ttf": File not found)"},
-        {R"({"fontFiles":["frame.png"]})", R"(fontFiles[0]: can't read "frame.png": It is no font)"},
-        {R"({"overlays":[{"text":"a"},null]})", "overlays[1]: expected an object, got null"},
-        {"{\"overlays\":[{\"text\":\"a\\\\\"},{\"text\":\"\\\"}\",\n\"te\\u0078t\" :1}]}",
-         R"(line 2, column 1: the key "text" is there already)"},
-        {"{\"overlays\":[]" + QByteArray(1 << 22, ' ') + "}", "expected 4194304 bytes at most"},
-        {"{\"overlays\":[" +
-             QByteArray(R"({"contentType":"guide","guide":"grid","columns":90,"rows":90},)").repeated(3) + "1]}",
-         "overlays[2]: the guides of a file may not have so many lines"},
-    };
-    for (auto const& [json, complaint] : files)
+    for (auto const& [json, complaint] : wrongFiles)
         expectComplaintOf(json, complaint);
     write("huge.ppm", "P6 20000 20000 255\n");
-    std::pair<QByteArray, std::string> const entries[] = {
-        {R"("anchr":[0,0])", R"(anchr: unknown key, did you mean "anchor"?)"},
-        {R"("si\nze":1)", R"(si\nze: unknown key, did you mean "size"?)"},
-        {"", "text: expected a string, got nothing"},
-        {R"("contentType":"image","text":"a")", "image: expected a path, got nothing"},
-        {R"("contentType":"Text")", R"(contentType: expected "text", "image" or "guide", got "Text")"},
-        {R"("contentType":"guide")", "guide: expected a guide's name, got nothing"},
-        {R"("contentType":"guide","guide":"bar")", "rectangle: expected four numbers from 0 to 1, got nothing"},
-        {R"("contentType":"guide","guide":"bar","columns":3)", "columns: no key of a guide \"bar\""},
-        {R"("contentType":"guide","guide":"grid","rows":1.5)", "rows: expected a whole number from 1 to 100, got 1.5"},
-        {R"("contentType":"guide","guide":"cross","length":0)", "length: expected a number above 0, up to 1, got 0"},
-        {R"("text":"a","color":[1,1,1,1])", "color: no key of a text"},
-        {R"("text":"a","padding":[1,-1])", "padding: expected one or two numbers from 0 on, got [1,-1]"},
-        {R"("text":"a","shadow":{"ofset":[1,1]})", R"(shadow: ofset: unknown key, did you mean "offset"?)"},
-        {R"("anchor":[1,"top"])", R"(anchor: expected two numbers, got [1,"top"])"},
-        {R"("offset":[1,2,3])", "offset: expected two numbers, got [1,2,3]"},
-        {R"("anchor":[0,1e308])", "anchor: expected two numbers in single precision's range, got [0,1e+308]"},
-        {R"("textColor":[0,0,0,1.01])", "textColor: expected four numbers from 0 to 1, got [0,0,0,1.01]"},
-        {R"("backgroundTransparency":-1)",
-         "backgroundTransparency: expected a number or three numbers from 0 to 1, got -1"},
-        {R"("size":0)", "size: expected a number above 0, got 0"},
-        {R"("size":1e-320)", "size: expected a number above 0 in single precision's range, got 1e-320"},
-        {R"("text":"a","size":0.5)", "size: expected at least 1 point, got 0.5"},
-        {R"("text":"a","sizeMode":"relative")", "size: expected a fraction of the frame's height, got nothing"},
-        {R"("visible":0)", "visible: expected true or false, got 0"},
-        {R"("text":"a\u0000b")", R"(text: expected a string without zero bytes, got "a\u0000b")"},
-        {R"("text":"{Index}")", R"(text: unknown placeholder "{Index}", did you mean {index}?)"},
-        {R"("text":"a } b")", R"(text: expected {{ or }} for a brace, got "a } b")"},
-        {R"("text":"{frame:4}")", "text: {frame:4}: expected a shift, a width in zeros or both, as in {frame+1000:04}"},
-        {R"("text":"{timecode:04}")", "text: {timecode:04}: expected a shift at most, as in {timecode-1001}"},
-        {R"("text":"{stem+1}")", "text: {stem+1}: expected nothing behind the name"},
-        {R"("text":"{meta}")", "text: {meta}: expected a name, as in {meta:Camera} or {meta:Camera|unknown}"},
-        {R"("text":"{set:shot}")", "text: {set:shot} needs --set shot=VALUE, did you mean {set:Shot}?"},
-        {R"("text":"{env:HOME}")", "text: {env:HOME} needs --allow-env HOME"},
-        {R"("font":[")" + QByteArray(61, '1') + "\"]",
-         "font: expected a string, got [\"" + std::string(58, '1') + "..."},
-        {R"("text":"a","font":"DejaVv Sanz")",
-         R"(font: expected a family of the system's fonts, got "DejaVv Sanz", did you mean "DejaVu Sans"?)"},
-        {R"("contentType":"image","image":"no.png")", R"(image: can't read "no.png": File not found)"},
-        {R"("contentType":"image","image":"huge.ppm")",
-         R"(image: can't read "huge.ppm": 20000 by 20000 pixels are above the limit of 268435456)"},
-        {"\"text\":\"" + QByteArray(100001, '1') + "\"",
-         "text: expected 100000 characters at most, got \"" + std::string(59, '1') + "..."},
-    };
-    for (auto const& [keys, complaint] : entries)
+    for (auto const& [keys, complaint] : wrongEntries)
         expectComplaintOf("{\"overlays\":[{" + keys + "}]}", "overlays[0]." + complaint);
 }
 
@@ -200,8 +203,7 @@ TEST_F(OverlayStamp, MakesNodesThatHaveWhatTheFileSays)
          "backgroundColor": [0.5, 0.6, 0.7], "backgroundTransparency": 0.25, "sizeMode": "relative", "size": 0.5,
          "name": "sun", "visible": false},
         {"text": "a"}]})");
-    osg::NodePtr const root = osg::create<osg::Node>();
-    osg::addRef(root);
+    osg::RefPtr<osg::Node> root(osg::create<osg::Node>());
     for (ztExamples::OverlayEntry const& entry : ztExamples::readOverlayFile("sub/labels.json"))
         createOverlayNode(root, entry);
     osg::NodePtr const node = root->children.at(0);
@@ -222,9 +224,18 @@ TEST_F(OverlayStamp, MakesNodesThatHaveWhatTheFileSays)
         ztExamples::setText(label, "frame 1");
         EXPECT_EQ(label->dirty, isNew) << "needs another rendering";
     }
-    osg::subRef(root);
+    root = osg::NullFC;
     EXPECT_EQ(osg::FieldContainerFactory::getNumContainers(), 0u);
 }
+
+char const failures[] = "no.png: can't read it: File not found\n"
+                        "cut.png: can't read it: Unable to read image data\n"
+                        "cut.jpg: can't read it: The file is cut off\n"
+                        "cut.bmp: can't read it: The file is cut off\n"
+                        "f0.gif: can't write \"out/f0.gif\": Unsupported image format\n"
+                        "taken.png: can't write \"out/taken.png\": Filename refers to a directory\n"
+                        ".: can't read it: Is a directory\n"
+                        "7 of 27 frames failed\n";
 
 TEST_F(OverlayStamp, DoesTheOtherFramesInTheirOrderWhateverTheJobs)
 {
@@ -250,15 +261,7 @@ TEST_F(OverlayStamp, DoesTheOtherFramesInTheirOrderWhateverTheJobs)
     {
         ASSERT_TRUE(QDir().mkpath("out/taken.png"));
         EXPECT_EQ(run("--overlays labels.json --output-dir out --jobs " + jobs + failing + inputs.join(' ')),
-                  Outcome(1, lines.join("").toStdString(),
-                          "no.png: can't read it: File not found\n"
-                          "cut.png: can't read it: Unable to read image data\n"
-                          "cut.jpg: can't read it: The file is cut off\n"
-                          "cut.bmp: can't read it: The file is cut off\n"
-                          "f0.gif: can't write \"out/f0.gif\": Unsupported image format\n"
-                          "taken.png: can't write \"out/taken.png\": Filename refers to a directory\n"
-                          ".: can't read it: Is a directory\n"
-                          "7 of 27 frames failed\n"));
+                  Outcome(1, lines.join("").toStdString(), failures));
         ASSERT_TRUE(QDir().rename("out", jobs));
         EXPECT_EQ(names(jobs).size(), 21);
     }
@@ -392,39 +395,45 @@ TEST_F(OverlayStamp, PutsPicturesWhereTheEntriesSayTheFirstOnTop)
     EXPECT_EQ(scaled, expected(2, scaled.copy(60 - 14, 40 - 10, 6, 4))) << "but for the logo, which is resampled";
 }
 
+/// What a dry run prints of the numbers of a sequence.
+std::string sequenceLines(QString const& numbers)
+{
+    QString all;
+    for (QString const& number : numbers.split(' '))
+        all += "s." + number + ".png -> o." + number + ".png\n";
+    return all.toStdString();
+}
+
+QByteArray read(QString const& name)
+{
+    QFile file(name);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return file.readAll();
+}
+
+std::string const missing = "s.0009.png: can't read it: File not found\n";
+std::string const left = "s.0007.png: left out, its output is there\ns.0009.png: left out, it is missing\n"
+                         "2 of 3 frames are left out\n";
+std::pair<QString, std::tuple<int, std::string, std::string>> const dryRuns[] = {
+    {"s.####.png", {0, sequenceLines("-001 0007 0008 0010 10011"), ""}},
+    {"s.%04d.png --frames 10-7,-1", {1, sequenceLines("0010 0008 0007 -001"), missing + "1 of 5 frames would fail\n"}},
+    {"s.@@@@.png --frames=-1--3x5,7-11x3 --skip-missing", {0, sequenceLines("-001 0007 0010"), ""}},
+    {"s.%04d.png --frames 7-9 --skip-missing --skip-existing", {0, left + sequenceLines("0008"), ""}},
+};
+
 TEST_F(OverlayStamp, TakesSequencesByTheirNumbersHoweverTheyAreCut)
 {
     writeLabels(R"({"text": "{frame}", "size": 6})");
     for (QString const number : {"0007", "0008", "0010", "10011", "-001", "11"})
         writePicture("s." + number + ".png", Qt::gray, {60, 40});
     write("o.0007.png", "");
-    auto const lines = [](QString const& numbers) {
-        QString all;
-        for (QString const& number : numbers.split(' '))
-            all += "s." + number + ".png -> o." + number + ".png\n";
-        return all.toStdString();
-    };
-    std::string const missing = "s.0009.png: can't read it: File not found\n";
-    std::string const left = "s.0007.png: left out, its output is there\ns.0009.png: left out, it is missing\n"
-                             "2 of 3 frames are left out\n";
-    std::tuple<QString, Outcome> const rows[] = {
-        {"s.####.png", {0, lines("-001 0007 0008 0010 10011"), ""}},
-        {"s.%04d.png --frames 10-7,-1", {1, lines("0010 0008 0007 -001"), missing + "1 of 5 frames would fail\n"}},
-        {"s.@@@@.png --frames=-1--3x5,7-11x3 --skip-missing", {0, lines("-001 0007 0010"), ""}},
-        {"s.%04d.png --frames 7-9 --skip-missing --skip-existing", {0, left + lines("0008"), ""}},
-    };
     QStringList const before = names();
-    for (auto const& [arguments, outcome] : rows)
+    for (auto const& [arguments, outcome] : dryRuns)
         EXPECT_EQ(run("--overlays labels.json --dry-run --output o.####.png " + arguments), outcome);
     EXPECT_EQ(run("--overlays labels.json --dry-run --output %d.png s.@@.png"),
               Outcome(0, "s.11.png -> 11.png\ns.10011.png -> 10011.png\n", ""));
     EXPECT_EQ(names(), before);
 
-    auto const read = [](QString const& name) {
-        QFile file(name);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        return file.readAll();
-    };
     auto const stampTo = [this](QString const& folder, QString const& more) {
         return run("--overlays labels.json --quiet --output-dir " + folder + more + " s.####.png");
     };
@@ -460,6 +469,20 @@ TEST(Timecode, KeepsUpWithTheClock)
     EXPECT_FALSE(ztExamples::parseTimecode("00:00:00;00", {30, 0}));
 }
 
+std::pair<char const*, char const*> const expansions[] = {
+    {"{{{file}}} {stem} {ext} {folder}", "{sh02.0017.v3.exr} sh02.0017.v3 exr seq"},
+    {"{index:03}/{count} {width}x{height}", "002/10 640x480"},
+    {"{frame} {frame:04} {frame+1000} {frame-10:05}", "3 0003 1003 -0007"},
+    {"{date} {time} {date:%a %e.%m.%y %j} {time:%Hh%M}", "2026-01-04 09:05:07 Sun  4.01.26 004 09h05"},
+    {"{meta:Camera} {meta:Lens|} {meta:Lens|a|b}", "A  a|b"},
+    {"{meta:Camra}", "{meta:Camra}: the file has no such entry, did you mean {meta:Camera}?"},
+    {"{set:Shot} {env:USER}", "{x} me"},
+    {"{timecode}", "10:00:00:00"},
+    {"{timecode+1}", "{timecode+1} needs --fps"},
+    {"{time:%Q}", "{time:%Q}: expected a format of %a %A %b %B %d %e %F %G %H %I %j %m %M %p %R %S %T %u %V %y %Y %%, "
+                  "as in {time:%H:%M:%S}"},
+};
+
 TEST(Placeholders, StandForWhatAFrameIs)
 {
     ztExamples::RunValues run;
@@ -478,21 +501,7 @@ TEST(Placeholders, StandForWhatAFrameIs)
             return error.what();
         }
     };
-    std::pair<char const*, char const*> const rows[] = {
-        {"{{{file}}} {stem} {ext} {folder}", "{sh02.0017.v3.exr} sh02.0017.v3 exr seq"},
-        {"{index:03}/{count} {width}x{height}", "002/10 640x480"},
-        {"{frame} {frame:04} {frame+1000} {frame-10:05}", "3 0003 1003 -0007"},
-        {"{date} {time} {date:%a %e.%m.%y %j} {time:%Hh%M}", "2026-01-04 09:05:07 Sun  4.01.26 004 09h05"},
-        {"{meta:Camera} {meta:Lens|} {meta:Lens|a|b}", "A  a|b"},
-        {"{meta:Camra}", "{meta:Camra}: the file has no such entry, did you mean {meta:Camera}?"},
-        {"{set:Shot} {env:USER}", "{x} me"},
-        {"{timecode}", "10:00:00:00"},
-        {"{timecode+1}", "{timecode+1} needs --fps"},
-        {"{time:%Q}",
-         "{time:%Q}: expected a format of %a %A %b %B %d %e %F %G %H %I %j %m %M %p %R %S %T %u %V %y %Y %%, "
-         "as in {time:%H:%M:%S}"},
-    };
-    for (auto const& [text, result] : rows)
+    for (auto const& [text, result] : expansions)
         EXPECT_EQ(expanded(text), result);
     run.rate = ztExamples::parseFrameRate("24");
     run.start = 86400;
@@ -534,6 +543,11 @@ TEST_F(OverlayStamp, ReplacesPlaceholdersInEachFrame)
     EXPECT_NE(QImage("1/b.17.png"), QImage("2/b.17.png"));
 }
 
+std::pair<char const*, QString> const texts[] = {{"Camera", "north"},
+                                                 {"Lens", "Größe"},
+                                                 {"Place", QString("北 ").repeated(30)},
+                                                 {"Notes", QString("IDAT ").repeated(30)}};
+
 TEST_F(OverlayStamp, KeepsAlphaAndMetadata)
 {
     // Every colour of a coarse grid with every alpha of one, 0 too.
@@ -542,10 +556,6 @@ TEST_F(OverlayStamp, KeepsAlphaAndMetadata)
         frame.setPixel(i % 64, i / 64, qRgba(i * 37 % 256, i * 101 % 256, i * 11 % 256, i / 64 * 4));
     frame.setDotsPerMeterX(5000);
     frame.setDotsPerMeterY(6000);
-    std::pair<char const*, QString> const texts[] = {{"Camera", "north"},
-                                                     {"Lens", "Größe"},
-                                                     {"Place", QString("北 ").repeated(30)},
-                                                     {"Notes", QString("IDAT ").repeated(30)}};
     for (auto const& [key, text] : texts)
         frame.setText(key, text);
     frame.setColorSpace(QColorSpace::DisplayP3);
@@ -607,6 +617,15 @@ TEST_F(OverlayStamp, KeepsPixelsWhateverTheCompression)
     EXPECT_EQ(stamped("out.jpg", " --compression 0"), stamped("out.jpg", " --compression 9"));
 }
 
+QByteArray jpeg(QImage const& picture, QImageIOHandler::Transformation transformation)
+{
+    QBuffer file;
+    QImageWriter writer(&file, "jpg");
+    writer.setTransformation(transformation);
+    EXPECT_TRUE(writer.write(picture));
+    return file.data();
+}
+
 TEST_F(OverlayStamp, ReadsJpegFilesOfEveryKindAsQtDoes)
 {
     writeLabels("");
@@ -616,13 +635,6 @@ TEST_F(OverlayStamp, ReadsJpegFilesOfEveryKindAsQtDoes)
     frame.setDotsPerMeterX(4000);
     frame.setText("Camera", "north");
     frame.setColorSpace(QColorSpace::DisplayP3);
-    auto const jpeg = [](QImage const& picture, QImageIOHandler::Transformation transformation) {
-        QBuffer file;
-        QImageWriter writer(&file, "jpg");
-        writer.setTransformation(transformation);
-        EXPECT_TRUE(writer.write(picture));
-        return file.data();
-    };
     QByteArray const plain = jpeg(frame, QImageIOHandler::TransformationNone);
     QByteArray late = plain;
     late.insert(plain.indexOf("\xff\xc0"), QByteArray("\xff\xfe\0\x0cLens: long", 14));
