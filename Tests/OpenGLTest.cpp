@@ -622,9 +622,7 @@ void setWideImage(osg::OverlayPtr const& overlay, osg::ViewportPtr const&)
 {
     GLint most;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &most);
-    auto const image = osg::create<osg::Image>();
-    image->set(osg::Image::FormatRGBA, most + 1, 1, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
-    SceneTest::textureOf(overlay)->setImage(image);
+    SceneTest::textureOf(overlay)->setImage(ztImage::create(most + 1, 1));
 }
 
 using O = osg::OverlayPtr const&;

@@ -2,6 +2,7 @@
 #include "OSGMaterialPool.h"
 #include "OSGOpenGLDrawAction.h"
 #include "OSGRefPtr.h"
+#include "ztImage.h"
 #include "ztOpenSGUtils.h"
 #include "ztOverlayCheck.h"
 #include "ztOverlayUtils.h"
@@ -9,8 +10,6 @@
 
 #include <QGuiApplication>
 #include <QImage>
-
-#include <algorithm>
 
 int main(int argc, char** argv)
 {
@@ -32,11 +31,8 @@ int main(int argc, char** argv)
     label->anchor = {0.5f, 0.5f};
     osg::markChanged(label, osg::AllFieldsMask);
 
-    osg::RefPtr<osg::Image> const image(osg::create<osg::Image>());
-    image->set(osg::Image::FormatRGBA, picture.width(), picture.height(), 1, 1, 1, 0.0, picture.constBits(),
-               osg::Image::TypeUInt8, true, 1);
+    osg::RefPtr<osg::Image> const image(ztImage::createOver(picture.width(), picture.height(), picture.bits()));
     ztOverlays::blendOverlaysOntoImage({label}, image, osg::NullFC);
-    std::copy_n(image->pixelBuffer(), picture.sizeInBytes(), picture.bits());
     bool const isSound = ztOverlayCheck::inspect(osg::NullFC).empty() && osg::OpenGLDrawAction().takeFailure().empty();
     ztOpenSGUtils::setRoot(osg::NullFC);
     return isSound && !picture.isNull() && picture == expected ? 0 : 1;
