@@ -142,8 +142,9 @@ std::optional<Complaint> checkMarks(Subject const& subject)
     osg::RefPtr<osg::Node> const copy = renderCopy(subject);
     if (isSame(*shown, *shownImage(*osg::dynamicCast<osg::Overlay>(copy->core))))
         return std::nullopt;
-    return Complaint{"what is shown isn't what the fields say: one was written, or the DPI scale set, unannounced",
-                     "call osg::markChanged() with the masks of the fields that you write"};
+    return Complaint{
+        "what is shown isn't what the fields say: one was written, or the DPI scale set, unannounced",
+        "call osg::markChanged() with the masks of the fields that you write; AllFieldsMask leaves `dirty` as it is"};
 }
 
 std::optional<Complaint> checkSize(Subject const& subject)
