@@ -24,11 +24,9 @@
 /// A host makes, edits and drops containers like this:
 ///
 /// \code
-/// osg::FCPtr<osg::BlendChunk> chunk = osg::create<osg::BlendChunk>(); // count 0
-/// osg::addRef(chunk);
-/// chunk->srcFactor = 770;
-/// osg::markChanged(chunk, osg::BlendChunkBase::SrcFactorFieldMask);
-/// osg::subRef(chunk);                                                 // destroyed
+/// osg::RefPtr<osg::BlendChunk> const chunk(osg::create<osg::BlendChunk>()); // counted; destroyed at the scope's end
+/// chunk->srcFactor = osg::BlendChunk::One;
+/// osg::markChanged(chunk, osg::BlendChunk::SrcFactorFieldMask);
 /// \endcode
 #pragma once
 
