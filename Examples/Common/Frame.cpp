@@ -127,10 +127,11 @@ FrameFile openNative(QString const& path, QByteArray const& format, QByteArray c
 {
     if (isCut(path))
         throw std::runtime_error("The file is cut off");
-    FrameFile file{std::nullopt, nativeFrames().open(path, format, rules.space)};
+    bool const isConverted = output.isEmpty() || !format.contains(output);
+    FrameFile file{std::nullopt, nativeFrames().open(path, format, rules.space, isConverted)};
     for (QSize const& size : file.native->pictureSizes())
         PixelLimit(rules.maxPixels).add(size.width(), size.height());
-    file.pixelCount = countPixels(*file.native, !format.contains(output));
+    file.pixelCount = countPixels(*file.native, isConverted);
     if (format == "png")
         file.metadata = readMetadata(path);
     return file;
@@ -153,10 +154,19 @@ Frame readNative(std::unique_ptr<NativeFrame> native)
     return {QImage(), layer, native->info(), {}, std::move(native)};
 }
 
+void merge(Frame& frame)
+try
+{
+    frame.native->merge(std::exchange(frame.pixels, QImage()));
+}
+catch (std::runtime_error const& error)
+{
+    failToRead(error);
+}
+
 void writeNative(Frame frame, QString const& path, int pngCompression)
 {
     QByteArray const format = suffixOf(path);
-    frame.native->merge(std::exchange(frame.pixels, QImage()));
     writeWhole(path, [&](QFileDevice& file) {
         if (format == frame.metadata.format)
             return writeAll(file, withMetadata(frame.native->encode(format, pngCompression), frame.metadata));
@@ -169,7 +179,7 @@ void writeNative(Frame frame, QString const& path, int pngCompression)
 QImage fromNative(Frame frame)
 {
     constexpr int leastCompression = 0;
-    frame.native->merge(std::exchange(frame.pixels, QImage()));
+    merge(frame);
     QImage const picture = allocated(QImage::fromData(frame.native->encode("png", leastCompression), "png"));
     return picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888)
         .mirrored();
@@ -255,13 +265,17 @@ PamPicture toPam(Frame frame)
 }
 
 void writeFrame(Frame frame, QString const& path, int pngCompression)
-try
 {
-    (frame.native ? writeNative : writePlain)(std::move(frame), path, pngCompression);
-}
-catch (std::runtime_error const& error)
-{
-    fail("can't write \"" + path + "\"", QString::fromUtf8(error.what()));
+    if (frame.native)
+        merge(frame);
+    try
+    {
+        (frame.native ? writeNative : writePlain)(std::move(frame), path, pngCompression);
+    }
+    catch (std::runtime_error const& error)
+    {
+        fail("can't write \"" + path + "\"", QString::fromUtf8(error.what()));
+    }
 }
 
 } // namespace ztExamples

@@ -31,10 +31,11 @@ class NativeFrame
     virtual qint64 byteCount() const = 0;
     virtual FrameInfo info() const = 0;
 
+    /// Reads what merge() doesn't.
     virtual void read() = 0;
 
     /// Merges a layer of size() over the picture, in whose space it blends. Pixels that it leaves free stay as they
-    /// are. \param layer  see toPixels()
+    /// are. May read for that what is covered. \param layer  see toPixels()
     virtual void merge(QImage const& layer) = 0;
 
     /// Writes all parts, if need be what a format can hold of them. The frame is of no use then.
@@ -53,7 +54,9 @@ class NativeFrames
   public:
     /// \param format  OpenImageIO's name for it
     /// \param space  the frame's colour space, empty: as the file says it
-    virtual std::unique_ptr<NativeFrame> open(QString const& path, QByteArray const& format, QString const& space) = 0;
+    /// \param isConverted  whether it is to be written in another format
+    virtual std::unique_ptr<NativeFrame> open(QString const& path, QByteArray const& format, QString const& space,
+                                              bool isConverted) = 0;
 
     /// \throw std::runtime_error if overlays can't be brought to a space, or if the configuration of spaces that the
     ///     environment names can't be read; what() is a line about it

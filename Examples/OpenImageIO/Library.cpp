@@ -2,6 +2,7 @@
 
 #include "Colors.h"
 #include "Convert.h"
+#include "ExrChunks.h"
 #include "Merge.h"
 #include "NativeFrame.h"
 #include "Parts.h"
@@ -175,11 +176,24 @@ void setLevel(OIIO::ImageSpec& spec, int level)
         spec.attribute("compression", method + ":" + std::to_string(level));
 }
 
+QByteArray bytesOf(OIIO::Filesystem::IOVecOutput const& file)
+{
+    return {reinterpret_cast<char const*>(file.buffer().data()), int(file.buffer().size())};
+}
+
+void writeAll(int handle, QByteArray const& bytes)
+{
+    OpenFile target(handle);
+    if (target.write(bytes.constData(), std::size_t(bytes.size())) != std::size_t(bytes.size()))
+        fail(qt_error_string(target.errorNumber()).toStdString());
+}
+
 class File : public NativeFrame
 {
   public:
-    File(QString const& path, std::string const& format, std::string space)
-        : _space(std::move(space)), _input(OIIO::ImageInput::create(format))
+    File(QString const& path, std::string const& format, std::string space, bool isConverted)
+        : _path(path), _space(std::move(space)), _input(OIIO::ImageInput::create(format)),
+          _mayCopy(format == "openexr" && !isConverted)
     {
         if (!_input)
             fail(OIIO::geterror());
@@ -234,18 +248,29 @@ class File : public NativeFrame
 
     void read() override
     {
-        for (std::size_t i = 0; i < _parts.size(); ++i)
-            _parts[i].pixels = readPart(*_input, int(i)).pixels;
-        _input->close();
+        if (_mayCopy)
+            _chunks = readChunks();
+        if (!_chunks)
+            readParts();
     }
 
     void merge(QImage const& layer) override
     {
-        mergeLayer(stamped(), _channels, turned(layer, orientationOf(stamped().spec)), LayerColors(space()));
+        QImage const stored = turned(layer, orientationOf(stamped().spec));
+        std::vector<Span> const spans = coveredSpans(stored, displayWindow(stamped().spec).topLeft());
+        LayerColors const colors(space());
+        if (_chunks && hasRoom(stamped().spec, _channels, spans))
+            return mergeBands(spans, colors);
+        if (std::exchange(_chunks, std::nullopt))
+            readParts();
+        _channels = makeRoom(stamped(), _channels, spans);
+        ztExamples::merge(stamped(), _channels, spans, colors);
     }
 
     void write(QFileDevice& file, QByteArray const& format, int compression) override
     {
+        if (_chunks)
+            return writeAll(file.handle(), withBands(compression));
         if (_parts.size() > 1 || format.startsWith("tif"))
             return writeByPath("/proc/self/fd/" + std::to_string(file.handle()), format, compression);
         OpenFile target(file.handle());
@@ -266,7 +291,7 @@ class File : public NativeFrame
     {
         OIIO::Filesystem::IOVecOutput target;
         write("", &target, format, compression);
-        return QByteArray(reinterpret_cast<char const*>(target.buffer().data()), int(target.buffer().size()));
+        return bytesOf(target);
     }
 
   private:
@@ -282,6 +307,72 @@ class File : public NativeFrame
             _channels = *channels;
         }
         _parts.push_back({spec, nullptr});
+    }
+
+    /// Nothing if there is no room for the file beside what else the frame takes.
+    std::optional<ExrChunks> readChunks() const
+    {
+        std::vector<QRect> windows;
+        for (Part const& part : _parts)
+            windows.push_back(dataWindow(part.spec));
+        QFile file(_path);
+        bool const isSmall = file.open(QIODevice::ReadOnly) && file.size() <= byteCount() &&
+                             file.size() <= std::numeric_limits<int>::max();
+        return isSmall ? ExrChunks::find(file.readAll(), windows) : std::nullopt;
+    }
+
+    void readParts()
+    {
+        for (std::size_t i = 0; i < _parts.size(); ++i)
+            _parts[i].pixels = readPart(*_input, int(i)).pixels;
+        _input->close();
+    }
+
+    /// Reads the chunks that spans are in, neighbours together, and merges.
+    void mergeBands(std::vector<Span> const& spans, LayerColors const& colors)
+    {
+        QRect const window = dataWindow(stamped().spec);
+        int const rowCount = _chunks->rowCount(_stamped);
+        auto const chunkOf = [&](Span const& span) { return (span.place.y() - window.y()) / rowCount; };
+        for (auto next = spans.begin(); next != spans.end();)
+        {
+            auto const first = next;
+            while (++next != spans.end() && chunkOf(*next) <= chunkOf(next[-1]) + 1)
+                ;
+            int const top = chunkOf(*first) * rowCount, end = (chunkOf(next[-1]) + 1) * rowCount;
+            Part band = readBand(window.y() + top, std::min(end, window.height()) - top);
+            ztExamples::merge(band, _channels, {first, next}, colors);
+            _bands.push_back(std::move(band));
+        }
+    }
+
+    Part readBand(int y, int height)
+    {
+        Part band{stamped().spec, nullptr};
+        band.spec.y = y;
+        band.spec.height = height;
+        band.pixels = allocatePixels(band.spec);
+        bool const isRead = _input->read_scanlines(int(_stamped), 0, y, y + height, 0, 0, band.spec.nchannels,
+                                                   OIIO::TypeUnknown, band.pixels.get());
+        require(isRead && !_input->has_error(), *_input);
+        return band;
+    }
+
+    /// The file with the bands in place of what it had there.
+    QByteArray withBands(int compression)
+    {
+        ExrChunks::Chunks chunks;
+        for (Part& band : _bands)
+        {
+            QRect const window = dataWindow(band.spec);
+            int const first = (window.y() - stamped().spec.y) / _chunks->rowCount(_stamped);
+            auto const file = ExrChunks::find(encoded(std::move(band), compression), {window});
+            if (!file)
+                fail("OpenEXR writes otherwise");
+            for (auto const& [index, chunk] : file->chunksOf(0))
+                chunks[first + index] = chunk;
+        }
+        return _chunks->with(_stamped, chunks);
     }
 
     Part const& stamped() const { return _parts[_stamped]; }
@@ -317,19 +408,28 @@ class File : public NativeFrame
             parts = std::move(_parts);
         else
             parts.push_back(converted(stamped(), _channels, *output, space()));
-        for (Part& part : parts)
-            setLevel(part.spec, compression);
         if (!output->supports("multiimage"))
             parts.resize(1);
-        writeParts(*output, path, parts);
+        writeParts(*output, path, parts, compression);
         return int(parts.size());
     }
 
-    static void writeParts(OIIO::ImageOutput& output, std::string const& path, std::vector<Part>& parts)
+    static QByteArray encoded(Part band, int compression)
+    {
+        OIIO::Filesystem::IOVecOutput target;
+        auto const output = OIIO::ImageOutput::create("openexr", &target);
+        std::vector<Part> parts;
+        parts.push_back(std::move(band));
+        writeParts(*output, "", parts, compression);
+        return bytesOf(target);
+    }
+
+    static void writeParts(OIIO::ImageOutput& output, std::string const& path, std::vector<Part>& parts,
+                           int compression)
     {
         std::vector<OIIO::ImageSpec> specs;
         for (Part const& part : parts)
-            specs.push_back(part.spec);
+            setLevel(specs.emplace_back(part.spec), compression);
         int const count = int(specs.size());
         require(count > 1 ? output.open(path, count, specs.data()) : output.open(path, specs[0]), output);
         for (std::size_t i = 0; i < specs.size(); ++i)
@@ -341,27 +441,33 @@ class File : public NativeFrame
         require(output.close(), output);
     }
 
+    QString _path;
     std::string _space;
     std::unique_ptr<OIIO::ImageInput> _input;
+    /// Whether the file's chunks may stay where no overlay covers them.
+    bool _mayCopy;
     std::vector<Part> _parts;
     /// The part that is stamped.
     std::size_t _stamped = none;
     Channels _channels;
+    /// Of the file, if they are copied. Then no part is read but bands of the one that is stamped.
+    std::optional<ExrChunks> _chunks;
+    std::vector<Part> _bands;
 };
 
 class Library : public NativeFrames
 {
   public:
-    std::unique_ptr<NativeFrame> open(QString const& path, QByteArray const& format, QString const& space) override
+    std::unique_ptr<NativeFrame> open(QString const& path, QByteArray const& format, QString const& space,
+                                      bool isConverted) override
     {
-        return std::make_unique<File>(path, format.toStdString(), space.toStdString());
+        return std::make_unique<File>(path, format.toStdString(), space.toStdString(), isConverted);
     }
 
     void requireSpace(QString const& space) override { ztExamples::requireSpace(space.toStdString()); }
 
     void setThreads(int count) override
     {
-        OIIO::attribute("openexr:core", 1); // reads in two thirds of the time
         OIIO::attribute("threads", count);
         OIIO::attribute("exr_threads", count > 1 ? count : -1); // none besides the one that calls
     }

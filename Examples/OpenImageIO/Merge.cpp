@@ -11,35 +11,9 @@ namespace ztExamples
 namespace
 {
 
-/// Pixels of a row from the first to the last one that is covered.
-struct Span
-{
-    QRgb const* pixels;
-    QRect place;
-};
-
 bool isCovered(QRgb pixel)
 {
     return pixel != 0;
-}
-
-/// In the display window's coordinates.
-std::vector<Span> coveredSpans(QImage const& layer, QPoint const& origin)
-{
-    std::vector<Span> spans;
-    for (int y = 0; y < layer.height(); ++y)
-    {
-        auto const* const row = reinterpret_cast<QRgb const*>(layer.constScanLine(layer.height() - 1 - y));
-        auto const* const end = row + layer.width();
-        auto const* const first = std::find_if(row, end, isCovered);
-        if (first == end)
-            continue;
-        auto const* last = end - 1;
-        while (!isCovered(*last))
-            --last;
-        spans.push_back({first, QRect(int(first - row), y, int(last - first) + 1, 1).translated(origin)});
-    }
-    return spans;
 }
 
 bool hasColor(Span const& span)
@@ -48,6 +22,19 @@ bool hasColor(Span const& span)
         auto const* const bytes = reinterpret_cast<uchar const*>(&pixel);
         return bytes[0] != bytes[1] || bytes[1] != bytes[2];
     });
+}
+
+bool needsColor(Channels const& channels, std::vector<Span> const& spans)
+{
+    return channels.isGray() && std::any_of(spans.begin(), spans.end(), hasColor);
+}
+
+QRect windowFor(OIIO::ImageSpec const& spec, std::vector<Span> const& spans)
+{
+    QRect window = dataWindow(spec);
+    for (Span const& span : spans)
+        window |= span.place;
+    return window;
 }
 
 template <class Sample>
@@ -159,15 +146,37 @@ class Merger
 
 } // namespace
 
-void mergeLayer(Part& part, Channels& channels, QImage const& layer, LayerColors const& colors)
+std::vector<Span> coveredSpans(QImage const& layer, QPoint const& origin)
 {
-    std::vector<Span> const spans = coveredSpans(layer, displayWindow(part.spec).topLeft());
-    QRect window = dataWindow(part.spec);
-    for (Span const& span : spans)
-        window |= span.place;
-    setDataWindow(part, window);
-    if (channels.isGray() && std::any_of(spans.begin(), spans.end(), hasColor))
-        channels = splitGray(part, channels);
+    std::vector<Span> spans;
+    for (int y = 0; y < layer.height(); ++y)
+    {
+        auto const* const row = reinterpret_cast<QRgb const*>(layer.constScanLine(layer.height() - 1 - y));
+        auto const* const end = row + layer.width();
+        auto const* const first = std::find_if(row, end, isCovered);
+        if (first == end)
+            continue;
+        auto const* last = end - 1;
+        while (!isCovered(*last))
+            --last;
+        spans.push_back({first, QRect(int(first - row), y, int(last - first) + 1, 1).translated(origin)});
+    }
+    return spans;
+}
+
+bool hasRoom(OIIO::ImageSpec const& spec, Channels const& channels, std::vector<Span> const& spans)
+{
+    return !needsColor(channels, spans) && windowFor(spec, spans) == dataWindow(spec);
+}
+
+Channels makeRoom(Part& part, Channels const& channels, std::vector<Span> const& spans)
+{
+    setDataWindow(part, windowFor(part.spec, spans));
+    return needsColor(channels, spans) ? splitGray(part, channels) : channels;
+}
+
+void merge(Part& part, Channels const& channels, std::vector<Span> const& spans, LayerColors const& colors)
+{
     Merger merger(part, channels, colors);
     for (Span const& span : spans)
         merger.merge(span);
