@@ -19,7 +19,10 @@ constexpr int emptyChunkSize = 12;
 
 QByteArray formatOf(QByteArray const& file)
 {
-    return file.startsWith("\x89PNG") ? "png" : file.startsWith("\xff\xd8\xff") ? "jpeg" : "";
+    return file.startsWith("\x89PNG")        ? "png"
+           : file.startsWith("\xff\xd8\xff") ? "jpeg"
+           : file.startsWith("#?R")          ? "hdr"
+                                             : "";
 }
 
 bool isGrayPng(QByteArray const& file)
@@ -133,6 +136,13 @@ QByteArray jpegMetadata(QByteArray const& file)
     return kept;
 }
 
+/// With the line of its sides, whose order and signs say how the picture is turned.
+QByteArray hdrHeader(QByteArray const& file)
+{
+    auto const sides = file.indexOf("\n\n") + 2;
+    return sides < 2 ? QByteArray() : file.left(file.indexOf('\n', sides) + 1);
+}
+
 } // namespace
 
 FileMetadata readMetadata(QString const& path)
@@ -145,6 +155,8 @@ FileMetadata readMetadata(QString const& path)
     if (!mapped)
         return {};
     auto const bytes = QByteArray::fromRawData(reinterpret_cast<char const*>(mapped), int(file.size()));
+    if (format == "hdr")
+        return {format, hdrHeader(bytes)};
     bool const isPng = format == "png";
     return {format, isPng ? pngMetadata(bytes) : jpegMetadata(bytes), isPng && isGrayPng(bytes)};
 }
@@ -153,6 +165,8 @@ QByteArray withMetadata(QByteArray const& file, FileMetadata const& metadata)
 {
     if (metadata.format.isEmpty() || formatOf(file.left(4)) != metadata.format)
         return file;
+    if (metadata.format == "hdr")
+        return metadata.bytes + file.mid(hdrHeader(file).size());
     return metadata.format == "png" ? withPngMetadata(file, metadata) : withJpegMetadata(file, metadata.bytes);
 }
 

@@ -1,5 +1,5 @@
 /// \file
-/// What PNG and JPEG files hold besides their pixels, byte for byte: colour profiles, EXIF, texts and the like.
+/// What PNG, JPEG and HDR files hold besides their pixels, byte for byte: colour profiles, EXIF, texts and the like.
 #pragma once
 
 #include <QByteArray>
@@ -10,9 +10,9 @@ namespace ztExamples
 
 struct FileMetadata
 {
-    /// "png", "jpeg", or nothing for another format.
+    /// "png", "jpeg", "hdr", or nothing for another format.
     QByteArray format;
-    /// Chunks or segments, without what isn't true of the stamped picture.
+    /// Chunks, segments or the header, without what isn't true of the stamped picture.
     QByteArray bytes;
     bool isGray = false;
 };

@@ -4,6 +4,7 @@
 #include "Jpeg.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QtEndian>
 
@@ -48,6 +49,17 @@ bool isCut(QString const& path)
     bool const isJpeg = start.startsWith("\xff\xd8\xff") && file.size() <= std::numeric_limits<int>::max();
     uchar* const bytes = isJpeg ? file.map(0, file.size()) : nullptr;
     return bytes && isCutJpeg(QByteArray::fromRawData(reinterpret_cast<char const*>(bytes), int(file.size())));
+}
+
+/// Its readers round to 8 bits, or down.
+void requireEightBitPnm(QString const& path)
+{
+    static QRegularExpression const threeNumbers(R"(\AP[2356](?:(?:\s|#[^\n]*+\n)++(\d+)){3}\s)");
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return;
+    if (threeNumbers.match(QString::fromLatin1(file.peek(1 << 12))).captured(1).toInt() > 255)
+        throw std::runtime_error("PPM and PGM files of 16 bits aren't stamped, only PPM and PAM pictures from a pipe");
 }
 
 FrameInfo infoOf(QImage const& picture)
@@ -132,7 +144,7 @@ FrameFile openNative(QString const& path, QByteArray const& format, QByteArray c
     for (QSize const& size : file.native->pictureSizes())
         PixelLimit(rules.maxPixels).add(size.width(), size.height());
     file.pixelCount = countPixels(*file.native, isConverted);
-    if (format == "png")
+    if (format == "png" || format == "hdr")
         file.metadata = readMetadata(path);
     return file;
 }
@@ -209,6 +221,7 @@ QByteArray suffixOf(QString const& path)
 FrameFile openFrame(QString const& path, QString const& output, FrameRules const& rules)
 try
 {
+    requireEightBitPnm(path);
     bool const isWanted = !rules.space.isEmpty() || isNativeSuffix(suffixOf(output));
     if (QByteArray const format = nativeFormat(path, isWanted); !format.isEmpty())
         return openNative(path, format, suffixOf(output), rules);

@@ -107,6 +107,7 @@ ImageBuf withoutAlpha(ImageBuf const& picture)
 void describe(OIIO::ImageSpec& spec, std::string const& format)
 {
     spec.tile_width = spec.tile_height = spec.tile_depth = 0;
+    spec.x = spec.y = spec.full_x = spec.full_y = 0;
     spec.erase_attribute("oiio:BitsPerSample");
     spec.erase_attribute("compression");
     if (format == "webp")

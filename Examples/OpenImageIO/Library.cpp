@@ -115,8 +115,9 @@ int orientationOf(OIIO::ImageSpec const& spec)
     return spec.get_int_attribute("Orientation", 1);
 }
 
-/// Far off, windows reach beyond what coordinates can be.
-void requireWindows(OIIO::ImageSpec const& spec)
+/// Windows that are far off reach beyond what coordinates can be. Inks and Lab don't come back from their reader as they
+/// were.
+void requireKind(OIIO::ImageSpec const& spec)
 {
     constexpr int most = 1 << 29;
     auto const isFar = [](int place, int size) { return place < -most || place > most || size < 1 || size > most; };
@@ -127,6 +128,9 @@ void requireWindows(OIIO::ImageSpec const& spec)
         fail("Volumes aren't stamped");
     if (spec.deep)
         fail("Deep pictures aren't stamped");
+    std::string const colors = spec.get_string_attribute("tiff:ColorSpace");
+    if (colors == "CMYK" || colors == "CIELAB" || colors == "ICCLAB" || colors == "ITULAB")
+        fail("Pictures in " + colors + " aren't stamped");
 }
 
 /// How many bytes a row of a DPX file has at least: https://pub.smpte.org/doc/st268-1/
@@ -167,6 +171,15 @@ bool isLossless(QString const& webp)
     return file.open(QIODevice::ReadOnly) && file.peek(metadataSize).contains("VP8L");
 }
 
+/// What writers make up or change otherwise.
+void keepAsIs(OIIO::ImageSpec& spec, std::string const& format)
+{
+    bool const isDated = format == "openexr" || format == "tiff";
+    if (isDated && !spec.find_attribute("DateTime"))
+        spec.attribute("DateTime", 0); // is no date, so that none is written
+    spec.attribute("tiff:half", 1);
+}
+
 /// Of deflating, where the format does.
 void setLevel(OIIO::ImageSpec& spec, int level)
 {
@@ -202,7 +215,11 @@ class File : public NativeFrame
         require(_input->open(QFile::encodeName(path).toStdString(), first, wishes), *_input);
         bool const hasParts = format == "openexr" || format == "tiff";
         for (int i = 0; (i == 0 || hasParts) && _input->seek_subimage(i, 0); ++i)
+        {
             addPart(_input->spec());
+            if (hasParts && _input->seek_subimage(i, 1))
+                fail("Pictures with levels of detail aren't stamped");
+        }
         static_cast<void>(_input->geterror()); // behind the last one
         if (format == "dpx")
             requireWholeDpx(path, _parts[0].spec);
@@ -299,7 +316,7 @@ class File : public NativeFrame
 
     void addPart(OIIO::ImageSpec const& spec)
     {
-        requireWindows(spec);
+        requireKind(spec);
         auto const channels = findChannels(spec, std::string(_input->format_name()) == "openexr");
         if (_stamped == none && channels)
         {
@@ -429,7 +446,10 @@ class File : public NativeFrame
     {
         std::vector<OIIO::ImageSpec> specs;
         for (Part const& part : parts)
+        {
             setLevel(specs.emplace_back(part.spec), compression);
+            keepAsIs(specs.back(), output.format_name());
+        }
         int const count = int(specs.size());
         require(count > 1 ? output.open(path, count, specs.data()) : output.open(path, specs[0]), output);
         for (std::size_t i = 0; i < specs.size(); ++i)
@@ -468,6 +488,7 @@ class Library : public NativeFrames
 
     void setThreads(int count) override
     {
+        OIIO::attribute("debug", 0); // says what isn't wrong
         OIIO::attribute("threads", count);
         OIIO::attribute("exr_threads", count > 1 ? count : -1); // none besides the one that calls
     }

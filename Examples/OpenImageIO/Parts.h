@@ -56,10 +56,16 @@ void withType(OIIO::TypeDesc type, Function const& function)
     {
     case OIIO::TypeDesc::UINT8:
         return function(std::uint8_t());
+    case OIIO::TypeDesc::INT8:
+        return function(std::int8_t());
     case OIIO::TypeDesc::UINT16:
         return function(std::uint16_t());
+    case OIIO::TypeDesc::INT16:
+        return function(std::int16_t());
     case OIIO::TypeDesc::UINT32:
         return function(std::uint32_t());
+    case OIIO::TypeDesc::INT32:
+        return function(std::int32_t());
     case OIIO::TypeDesc::HALF:
         return function(half());
     case OIIO::TypeDesc::FLOAT:

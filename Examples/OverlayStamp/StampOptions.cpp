@@ -37,9 +37,11 @@ once. A frame that is missing has failed unless --skip-missing leaves it out; {i
 
 Frames of 8 bits a channel are PNG, JPEG, BMP, PPM and what else Qt reads. EXR, DPX, TIFF, HDR, TGA, WebP and PNG
 of 16 bits are read and written by OpenImageIO, where the program is built with it, in their own depth: with all
-parts, channels and metadata, overlays laid out for the display window, pixels that none covers as they were.
-Gray frames get colour if the overlays have some. An output of another format has what that can hold of the
-channels that show: numbers with a fraction are in linear light then, others in sRGB.
+parts, channels and metadata, overlays laid out for the display window, pixels that none covers as they were, but for
+what a format's compression loses; WebP is written with colour at half the size. Gray frames get colour if the
+overlays have some. Deep pictures, volumes, levels of detail, CMYK, Lab and PPM files of 16 bits are errors. An
+output of another format has what that can hold of the channels that show: numbers with a fraction are in linear
+light then, others in sRGB.
 
 An output has the alpha channel, resolution, colour space and text entries of its input. Formats that have no
 alpha channel (JPEG, BMP, PPM, HDR) show transparent pixels over black. An output is written whole or not at all.

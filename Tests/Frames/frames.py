@@ -12,6 +12,8 @@ TIFF, PNG = {"compression": "lzw", "Artist": "Ann", "Exif:FNumber": 2.8}, {**STR
 FRAMES = {
     "half.exr": {"type": "half", "channels": "RGBA", "attributes": EXR}, "tiled.exr": {"type": "half", "tile": 32},
     "float.exr": {"type": "float", "attributes": {"compression": "piz"}}, "light.hdr": {"type": "float"},
+    "undated.exr": {"type": "half", "attributes": {"DateTime": 0}}, "signed.tif": {"type": "int16"},
+    "half.tif": {"type": "half", "attributes": {"tiff:half": 1, "DateTime": 0}},
     "lossy.exr": {"type": "half", "attributes": {"compression": "dwaa"}}, "parts.exr": {"type": "half"},
     "mixed.exr": {"type": "half", "channels": "RGBAZI"}, "16.dpx": {"type": "uint16"},
     "cropped.exr": {"type": "half", "data": (20, 10), "display": (128, 80)},
@@ -66,7 +68,7 @@ def read(name, part=0):
 
 
 def scaled(pixels):
-    return pixels / np.iinfo(pixels.dtype).max if pixels.dtype.kind == "u" else pixels
+    return pixels / np.iinfo(pixels.dtype).max if pixels.dtype.kind in "ui" else pixels
 
 
 def stamped(before, place, color, space, is_straight):
@@ -114,15 +116,19 @@ def patched(name, place, format, *numbers):
 
 def check_hostile():
     box, cut = b"dataWindow\0box2i\0", lambda name: open(name, "rb").read()[:5000]
+    subprocess.run(["oiiotool", "half.exr", "-otex", "mip.exr"], check=True)
+    write("ink.tif", "uint8", attributes={"tiff:ColorSpace": "CMYK"})
     rows = {"cut.exr": (cut("half.exr"), "end of file"), "cut.dpx": (cut("10.dpx"), "cut off"),
             "cut.tif": (cut("16.tif"), "read"), "cut.png": (cut("16.png"), "end of file"),
             "huge.exr": (patched("half.exr", b"displayWindow\0box2i\0", "<4i", 0, 0, 99999, 99999), "above the limit"),
             "none.exr": (patched("half.exr", box, "<4i", 0, 0, -1, -1), "data window"),
-            "offset.dpx": (patched("10.dpx", 4, ">I", 10 ** 7), "cut off"), "empty.exr": (b"", "format")}
+            "offset.dpx": (patched("10.dpx", 4, ">I", 10 ** 7), "cut off"), "empty.exr": (b"", "format"),
+            "mip.exr": (open("mip.exr", "rb").read(), "levels"), "ink.tif": (open("ink.tif", "rb").read(), "CMYK"),
+            "deep.ppm": (b"P6\n# maxval\n1 1\n65535\n123456", "16 bits")}
     for name, (content, _) in rows.items():
         open(name, "wb").write(content)
     lines = "".join(f"{name}: can't read it: .*{reason}.*\n" for name, (_, reason) in rows.items())
-    stamp("--output-dir", "rest", *rows, "half.exr", errors=lines + "8 of 9 frames failed\n", code=1)
+    stamp("--output-dir", "rest", *rows, "half.exr", errors=lines + "11 of 12 frames failed\n", code=1)
     assert os.listdir("rest") == ["half.exr"]
     stamp("--output-dir", "x", "--frame-space", "linaer", "half.exr", code=2,
           errors='--frame-space: .*linear, sRGB, Rec709, got "linaer", did you mean "linear"\\?\n')
@@ -130,6 +136,8 @@ def check_hostile():
 
 
 def check_conversions():
+    subprocess.run("oiiotool half.exr --origin +9+9 --fullpixels -o far.exr", shell=True, check=True)
+    stamp("--output", "far.bmp", "far.exr")
     for target, source in CONVERSIONS.items():
         stamp("--output", target, source)
         (spec, was), (now, after) = read("out/" + source), read(target)
@@ -150,7 +158,8 @@ def check_metadata():
     chunks = [chunk(b"gAMA", struct.pack(">I", 45455)), chunk(b"tIME", bytes(7)), chunk(b"eXIf", b"MM\0*"),
               chunk(b"zTXt", b"Z\0\0" + zlib.compress(b"z")), chunk(b"pHYs", struct.pack(">IIB", 5000, 6000, 1))]
     rows = (("j.jpg", "uint8", 2, [*kept, exif(6)], [*kept, exif(1)]), ("ink.jpg", "uint8", 2, [ink, kept[3]], kept[3:]),
-            ("p.png", "uint8", 33, chunks, chunks), ("p16.png", "uint16", 33, chunks, chunks))
+            ("l.hdr", "float", 11, [b"EXPOSURE=2\n"], [b"EXPOSURE=2\n"]), ("p.png", "uint8", 33, chunks, chunks),
+            ("p16.png", "uint16", 33, chunks, chunks))
     for name, type, place, given, expected in rows:
         write(name, type)
         content = open(name, "rb").read()
