@@ -77,7 +77,7 @@ std::pair<char const*, std::string> const wrongUsages[] = {
      "--max-pixels: expected a whole number from 0 to 2147483647, got \"1e9\""},
     {"LABELS OUT --frames 1 frame.png", "--frames needs an input such as shot.####.exr"},
     {"LABELS OUT a.%02d.png", "no file matches \"a.01.png\" with any number"},
-    {"LABELS OUT a#b#.png", "\"a#b#.png\": expected one place of 18 digits at most for a number"},
+    {"LABELS OUT a#b%02d.png", "\"a#b%02d.png\": expected one place of 18 digits at most for a number"},
     {"LABELS --output a.#.png frame.png", "\"frame.png\" has no number for --output \"a.#.png\""},
     {"LABELS OUT --frames 1-2x0 a.#.png",
      "--frames: expected numbers of 9 digits at most such as 1001-1100,1120,1200-1300x10, got \"1-2x0\""},
@@ -109,6 +109,8 @@ TEST_F(OverlayStamp, SaysInOneLineWhatIsWrongWithItsUsageAndLeavesNoTrace)
     for (auto const& [arguments, complaint] : wrongUsages)
         expectComplaint(complete(arguments), "overlay-stamp: " + complaint + " (see --help)");
     EXPECT_EQ(run(complete("LABELS --output-dir sub --quiet --force red.png hard.png")), Outcome(0, "", ""));
+    EXPECT_EQ(run(complete("LABELS --output-dir new none/a.png --dry-run")),
+              Outcome(1, "", "none/a.png: can't read it: File not found\n1 of 1 frames would fail\n"));
     auto const [exitCode, output, errors] = run(complete("LABELS --output a.none frame.png"));
     EXPECT_EQ(errors.rfind("overlay-stamp: --output: can't write the format of \"a.none\", only ", 0), 0u) << errors;
     expectComplaint(complete("LABELS --output-dir labels.json frame.png"),
@@ -746,6 +748,9 @@ TEST_F(OverlayStamp, DrawsShapesAtTheSizeThatTheyAreShownAt)
         EXPECT_EQ(shown, withRectangles(shown, {area})) << height;
         EXPECT_EQ(shown.pixelColor(area.center()), QColor(Qt::black)) << height;
     }
+    write("bar.svg", R"(<svg><g><image xlink:href="bar.svg"/></g></svg>)");
+    expectComplaint("--overlays labels.json --output a.png frame.png",
+                    R"(labels.json: overlays[0].image: can't read "bar.svg": It has a picture inside)");
 }
 
 TEST_F(OverlayStamp, SaysWhatAFileHoldsAndTakesFontsOfItsOwn)

@@ -36,11 +36,10 @@ sigset_t wantedSignals()
     return signals;
 }
 
-[[noreturn]] void close(int exitCode)
+void waitForUnbroken()
 {
     constexpr std::chrono::seconds patience(10);
     static_cast<void>(unbroken.try_lock_for(patience));
-    std::_Exit(exitCode);
 }
 
 [[noreturn]] void waitForSignal(sigset_t const& signals)
@@ -48,9 +47,10 @@ sigset_t wantedSignals()
     int number = 0;
     sigwait(&signals, &number);
     std::lock_guard const lock(gate);
+    waitForUnbroken(); // and what is done meanwhile counts
     if (lastWords)
         printError(lastWords());
-    close(128 + number);
+    std::_Exit(128 + number);
 }
 
 } // namespace
@@ -64,7 +64,8 @@ Unbroken::Unbroken()
 void endProcess(int exitCode)
 {
     std::lock_guard const lock(gate);
-    close(exitCode);
+    waitForUnbroken();
+    std::_Exit(exitCode);
 }
 
 void endOnSignals()

@@ -37,7 +37,7 @@ paths, and "$schema" for an editor. Each overlay is an object with these keys; w
                           above, which is placed as if it had none ({"offset": [1, -1], "color": [0, 0, 0, 1]})
   name                    a name for the overlay
   visible                 true or false (true)
-Pictures of shapes (SVG, where Qt has its plugin) are drawn at the size that they are shown at.
+Pictures of shapes (SVG without pictures inside, where Qt has its plugin) are drawn at the size that they are shown at.
 
 A guide follows the frame's shape in whole pixels. It has a name, visible and these keys:
   guide                   "letterbox", "safe", "grid", "cross" or "bar"; needed

@@ -4,6 +4,7 @@
 
 #include <QBuffer>
 #include <QFileInfo>
+#include <QXmlStreamReader>
 
 #include <stdexcept>
 
@@ -23,6 +24,18 @@ bool tellsSize(QImageReader const& reader)
 {
     static QByteArrayList const icons = {"cur", "icns", "ico"};
     return reader.supportsOption(QImageIOHandler::Size) && !icons.contains(reader.format());
+}
+
+/// Pictures inside have no limits and are any file, even this one. What is compressed may expand to anything.
+void requireShapes(QByteArray const& svg)
+{
+    if (svg.startsWith("\x1f\x8b"))
+        fail("It is compressed");
+    QXmlStreamReader xml(svg);
+    xml.setNamespaceProcessing(false); // as Qt's plugin, which takes prefixes that nobody declared
+    while (!xml.atEnd())
+        if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == QLatin1String("image"))
+            fail("It has a picture inside");
 }
 
 } // namespace
@@ -81,7 +94,11 @@ VectorPicture::VectorPicture(QString const& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         fail(file.errorString());
-    _bytes = file.readAll();
+    constexpr int maxSize = 16 << 20;
+    _bytes = file.read(maxSize + 1);
+    if (_bytes.size() > maxSize)
+        fail(QString("expected %1 bytes at most").arg(maxSize));
+    requireShapes(_bytes);
     QBuffer buffer(&_bytes);
     _size = QImageReader(&buffer, "svg").size();
     if (_size.isEmpty())

@@ -58,8 +58,9 @@ std::optional<NamePattern> parsePattern(QString const& path)
     if (!match.hasMatch())
         return std::nullopt;
     int const width = path[match.capturedStart()] == '%' ? match.captured(1).toInt() : int(match.capturedLength());
-    require(width <= maxWidth && !place.match(path, match.capturedEnd()).hasMatch(),
-            QString("\"%1\": expected one place of %2 digits at most for a number").arg(path).arg(maxWidth));
+    require(
+        width <= maxWidth && !place.match(path, match.capturedEnd()).hasMatch(),
+        QString("\"%1\": expected one place of %2 digits at most for a number").arg(path, QString::number(maxWidth)));
     return NamePattern{path.left(match.capturedStart()), width, path.mid(match.capturedEnd())};
 }
 

@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <map>
@@ -14,7 +15,8 @@ namespace ztExamples
 namespace
 {
 
-/// Of a file, the same for all its names: device and number. Of one that isn't there those of its folder, and its name.
+/// Of a file, the same for all its names: device and number. Of one that isn't there those of its folder, and its name,
+/// or its whole path if the folder isn't there either.
 using Identity = std::tuple<dev_t, ino_t, QString>;
 
 /// As writing does.
@@ -32,8 +34,9 @@ Identity identify(QString const& path)
     if (stat(QFile::encodeName(path), &status) == 0)
         return {status.st_dev, status.st_ino, QString()};
     QFileInfo const file = followLinks(QFileInfo(path));
-    stat(QFile::encodeName(file.path()), &status);
-    return {status.st_dev, status.st_ino, file.fileName()};
+    if (stat(QFile::encodeName(file.path()), &status) == 0)
+        return {status.st_dev, status.st_ino, file.fileName()};
+    return {0, 0, QDir::cleanPath(file.absoluteFilePath())};
 }
 
 } // namespace
