@@ -127,12 +127,13 @@ void writeWhole(QString const& path, Function const& write)
 }
 
 /// With room for the layer, for what decoders and encoders take, and for a conversion.
-qint64 countPixels(NativeFrame const& frame, bool isConverted)
+/// \param isHeld  whether the new file is held in memory, too
+qint64 countPixels(NativeFrame const& frame, bool isConverted, bool isHeld)
 {
     constexpr qint64 pixelSize = 16;
     QSize const size = frame.size();
     qint64 const area = qint64(size.width()) * size.height();
-    return frame.byteCount() * 5 / 4 / pixelSize + area * (isConverted ? 9 : 1) / 4;
+    return frame.byteCount() * (isHeld ? 10 : 5) / 4 / pixelSize + area * (isConverted ? 9 : 1) / 4;
 }
 
 FrameFile openNative(QString const& path, QByteArray const& format, QByteArray const& output, FrameRules const& rules)
@@ -143,8 +144,9 @@ FrameFile openNative(QString const& path, QByteArray const& format, QByteArray c
     FrameFile file{std::nullopt, nativeFrames().open(path, format, rules.space, isConverted)};
     for (QSize const& size : file.native->pictureSizes())
         PixelLimit(rules.maxPixels).add(size.width(), size.height());
-    file.pixelCount = countPixels(*file.native, isConverted);
-    if (format == "png" || format == "hdr")
+    bool const isHeld = format == "png" || format == "hdr";
+    file.pixelCount = countPixels(*file.native, isConverted, isHeld);
+    if (isHeld)
         file.metadata = readMetadata(path);
     return file;
 }
