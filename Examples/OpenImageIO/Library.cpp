@@ -115,8 +115,7 @@ int orientationOf(OIIO::ImageSpec const& spec)
     return spec.get_int_attribute("Orientation", 1);
 }
 
-/// Windows that are far off reach beyond what coordinates can be. Inks and Lab don't come back from their reader as they
-/// were.
+/// Windows that are far off reach beyond what coordinates can be. Inks and Lab don't come back as they were.
 void requireKind(OIIO::ImageSpec const& spec)
 {
     constexpr int most = 1 << 29;
