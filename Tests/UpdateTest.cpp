@@ -78,12 +78,22 @@ TEST_F(UpdateTest, ChoosesBetweenRenderingAndPlacing)
     }
 }
 
-TEST_F(UpdateTest, VisibleWalkIsDepthFirstChildrenLastToFirst)
+class VisibleWalkTest : public SceneTest, public testing::WithParamInterface<int>
+{
+};
+
+// Depths below and beyond what is walked by recursion.
+INSTANTIATE_TEST_SUITE_P(Depths, VisibleWalkTest, testing::Values(0, 63, 100));
+
+TEST_P(VisibleWalkTest, IsDepthFirstChildrenLastToFirst)
 {
     ztOverlays::traverseVisibleOverlays({}); // no scene
-    osg::NodePtr const root = makeScene();
+    osg::NodePtr root = makeScene();
+    for (int depth = 0; depth < GetParam(); ++depth)
+        root = makeNode(osg::NullFC, root);
     osg::NodePtr const a = makeNode(makeText("A"), root), b = makeNode(makeText("B"), root);
     osg::NodePtr const group = makeNode(osg::create<osg::Group>(), makeNode(makeText("C"), root));
+    group->children.push_back(osg::NullFC);
     makeNode(makeText("D"), a);
     makeNode(makeText("E"), group);
     auto const seen = [&b] {
@@ -173,6 +183,15 @@ TEST_F(UpdateTest, TreesAndChainsMayBeOfAnyDepth)
         camera = decorator;
     }
     root->addChild(top);
+    osg::NodePtr pools = osg::create<osg::Node>();
+    for (int i = 0; i < depth / 10; ++i)
+    {
+        auto const pool = osg::create<osg::MaterialPool>();
+        osg::setRefdCP(pool->overlayRoot, pools);
+        pools = osg::create<osg::Node>();
+        pools->setCore(pool);
+    }
+    osg::subRef(pools);
     osg::ViewportPtr const viewport = makeViewport(20, 10, camera);
     EXPECT_EQ(viewport->getLayoutArea().right, 80.0f);
     int width, height;

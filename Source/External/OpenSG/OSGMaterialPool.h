@@ -17,7 +17,7 @@ class ZTOPENSG_EXPORT MaterialPoolBase : public NodeCore
     static constexpr UInt16 FieldEnd = NodeCore::FieldEnd + 1;
 };
 
-/// The pool core of a scene.
+/// The pool core of a scene. The destructor of a derived class may find its `overlayRoot` gone.
 class ZTOPENSG_EXPORT MaterialPool : public MaterialPoolBase
 {
     ZT_CONTAINER(MaterialPool)
@@ -33,6 +33,10 @@ class ZTOPENSG_EXPORT MaterialPool : public MaterialPoolBase
     ~MaterialPool() override;
 
   private:
+    friend class Node;
+
+    /// Whether the node that had the last reference has begun to destroy it.
+    bool _isGoing = false;
     /// Whether initOverlayRoot() has come to its end; it is asked without the lock that guards `overlayRoot` till then.
     NotCopied<std::atomic<bool>> _isOverlayRootMade{};
 };

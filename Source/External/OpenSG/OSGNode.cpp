@@ -35,29 +35,33 @@ std::vector<NodePtr>::const_iterator findFromBothEnds(std::vector<NodePtr> const
 
 } // namespace
 
-// A tree is destroyed without recursion, however deep it is. Meanwhile a node's children stand in reverse order, and
-// `parent` leads from a node that goes to the one that it goes with.
+// A tree is destroyed without recursion, however deep it is and the pools in it are. Meanwhile a node's children stand
+// in reverse order, and `parent` leads from a node that goes to the one that it goes with.
 Node::~Node()
 {
     parent = NullFC; // which has let go of this node, or ended
     std::reverse(children.begin(), children.end());
     for (Node* node = this; node;)
-        if (Node* const child = node->letGoOfChildren())
+        if (Node* const next = node->letGoOfNext())
         {
-            child->parent = NodePtr(node);
-            std::reverse(child->children.begin(), child->children.end());
-            node = child;
+            next->parent = NodePtr(node);
+            std::reverse(next->children.begin(), next->children.end());
+            node = next;
         }
         else
         {
             Node* const above = node->parent.get();
             node->parent = NullFC;
-            node->leaveCore();
-            subRef(std::exchange(node->core, NullFC));
             if (node != this)
                 destroy(NodePtr(node));
             node = above;
         }
+}
+
+Node* Node::letGoOfNext()
+{
+    Node* const child = letGoOfChildren();
+    return child ? child : letGoOfCore();
 }
 
 Node* Node::letGoOfChildren()
@@ -74,6 +78,26 @@ Node* Node::letGoOfChildren()
             return child.get();
         destroy(child);
     }
+    return nullptr;
+}
+
+Node* Node::letGoOfCore()
+{
+    auto const pool = dynamicCast<MaterialPool>(core);
+    if (pool == NullFC || !pool->_isGoing)
+    {
+        if (core != NullFC)
+            core->_parents.remove(this);
+        if (!takeRef(core))
+        {
+            core = NullFC;
+            return nullptr;
+        }
+    }
+    if (pool != NullFC && !std::exchange(pool->_isGoing, true))
+        if (NodePtr const root = std::exchange(pool->overlayRoot, NullFC); takeRef(root))
+            return root.get();
+    destroy(std::exchange(core, NullFC));
     return nullptr;
 }
 
@@ -180,7 +204,7 @@ void Node::subChild(NodePtr const& child)
         return;
     NodePtr const removed = *entry;
     children.erase(entry);
-    if (removed != NullFC)
+    if (removed != NullFC && removed->parent.get() == this) // a copy's children have another parent
         removed->leaveParent();
     subRef(removed);
 }

@@ -94,9 +94,12 @@ class ZTOPENSG_EXPORT Node : public AttachmentContainer
 
   private:
     bool canAdopt(NodePtr const& child) const;
-    /// Lets go of the children, kept in reverse order, up to one that goes with this node and has children itself.
+    /// Lets go of the children, kept in reverse order, then of the core, up to a node that goes with this one: a child
+    /// that has children itself, or the root of a pool.
     /// \return that one, or null
+    Node* letGoOfNext();
     Node* letGoOfChildren();
+    Node* letGoOfCore();
     void leaveCore();
     void leaveParent();
     /// What this node is itself.

@@ -3,8 +3,32 @@
 #include "ztNodeUtils.h"
 #include "ztOverlayUtils.h"
 
+#include <utility>
+#include <vector>
+
 namespace ztOverlays
 {
+
+void visitVisibleDeep(osg::Node const* top, std::function<void(osg::OverlayPtr&)> const& callback)
+{
+    // Each node whose children are being visited, with the number of those that are left.
+    std::vector<std::pair<osg::Node const*, std::size_t>> levels;
+    auto const visit = [&](osg::Node const* node) {
+        if (!node || !isShown(*node))
+            return;
+        visitOne(*node, callback);
+        levels.emplace_back(node, node->children.size());
+    };
+    visit(top);
+    while (!levels.empty())
+    {
+        auto& [node, left] = levels.back();
+        if (left == 0)
+            levels.pop_back();
+        else if (--left < node->children.size()) // the callback may have taken children away
+            visit(node->children[left].get());
+    }
+}
 
 void updateVisibility(osg::NodePtr const& node)
 {

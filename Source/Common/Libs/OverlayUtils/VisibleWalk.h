@@ -5,8 +5,7 @@
 #include "OverlayAccess.h"
 
 #include <cstddef>
-#include <utility>
-#include <vector>
+#include <functional>
 
 namespace ztOverlays
 {
@@ -20,27 +19,7 @@ void visitOne(osg::Node const& node, Callback const& callback)
 }
 
 /// visitVisible() for a tree that may be too deep for recursion.
-template <class Callback>
-void visitVisibleDeep(osg::Node const* top, Callback const& callback)
-{
-    // Each node whose children are being visited, with the number of those that are left.
-    std::vector<std::pair<osg::Node const*, std::size_t>> levels;
-    auto const visit = [&](osg::Node const* node) {
-        if (!node || !isShown(*node))
-            return;
-        visitOne(*node, callback);
-        levels.emplace_back(node, node->children.size());
-    };
-    visit(top);
-    while (!levels.empty())
-    {
-        auto& [node, left] = levels.back();
-        if (left == 0)
-            levels.pop_back();
-        else if (--left < node->children.size()) // the callback may have taken children away
-            visit(node->children[left].get());
-    }
-}
+void visitVisibleDeep(osg::Node const* top, std::function<void(osg::OverlayPtr&)> const& callback);
 
 /// Calls the callback with each visible overlay at and below a top node, which may be null, in the order and under the
 /// terms of traverseVisibleOverlays().
@@ -49,7 +28,7 @@ template <class Callback>
 void visitVisible(osg::Node const* top, Callback const& callback, int recursion = 64)
 {
     if (recursion == 0)
-        return visitVisibleDeep(top, callback);
+        return visitVisibleDeep(top, std::cref(callback));
     if (!top || !isShown(*top))
         return;
     visitOne(*top, callback);
