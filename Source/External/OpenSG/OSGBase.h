@@ -109,7 +109,9 @@ class SharedString
     /// An empty string shares what it becomes.
     SharedString& operator+=(SharedString const& added)
     {
-        return *this = str().empty() ? added : SharedString(str() + added.str());
+        if (empty())
+            return *this = added;
+        return *this = SharedString(str() + added.str());
     }
 
     bool empty() const { return str().empty(); }

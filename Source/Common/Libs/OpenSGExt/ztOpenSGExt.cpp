@@ -1,5 +1,7 @@
 #include "ztOpenSGExt.h"
 
+#include <array>
+
 namespace ztOpenSGExt
 {
 
@@ -36,10 +38,17 @@ void main()
 }
 )";
 
-osg::SharedString fragmentProgramText(bool straightAlpha, bool opaque)
+/// By whether alpha is straight, then by whether the picture is opaque.
+using FragmentPrograms = std::array<std::array<osg::SharedString, 2>, 2>;
+
+FragmentPrograms makeFragmentPrograms()
 {
-    return std::string(straightAlpha ? "#define STRAIGHT_ALPHA\n" : "") + (opaque ? "#define OPAQUE\n" : "") +
-           fragmentProgramBody;
+    FragmentPrograms programs;
+    for (bool const straightAlpha : {false, true})
+        for (bool const opaque : {false, true})
+            programs[straightAlpha][opaque] = std::string(straightAlpha ? "#define STRAIGHT_ALPHA\n" : "") +
+                                              (opaque ? "#define OPAQUE\n" : "") + fragmentProgramBody;
+    return programs;
 }
 
 } // namespace
@@ -47,9 +56,7 @@ osg::SharedString fragmentProgramText(bool straightAlpha, bool opaque)
 osg::StateChunkPtr createBackplateShader(bool straightAlpha, bool opaque)
 {
     static osg::SharedString const vertexProgram = vertexProgramText;
-    static osg::SharedString const fragmentPrograms[2][2] = {
-        {fragmentProgramText(false, false), fragmentProgramText(false, true)},
-        {fragmentProgramText(true, false), fragmentProgramText(true, true)}};
+    static FragmentPrograms const fragmentPrograms = makeFragmentPrograms();
 
     osg::ShaderChunkPtr const chunk = osg::create<osg::ShaderChunk>();
     chunk->vertexProgram = vertexProgram;

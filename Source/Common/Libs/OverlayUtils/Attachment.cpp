@@ -25,7 +25,10 @@ void removeFirst(std::vector<osg::ForegroundPtr>& entries, std::ptrdiff_t first,
         return;
     auto const isToGo = [&counts](osg::ForegroundPtr const& entry) {
         auto const found = counts.find(entry.get());
-        return found != counts.end() && found->second > 0 && found->second-- > 0;
+        if (found == counts.end() || found->second == 0)
+            return false;
+        --found->second;
+        return true;
     };
     entries.erase(std::remove_if(entries.begin() + first, entries.end(), isToGo), entries.end());
 }
