@@ -71,7 +71,7 @@ foreach(example ${examples})
     room(${example} Examples/${example} ${product})
 endforeach()
 room(Tests Tests ${hosts} ${examples} OverlayFile ${product} Pixels)
-room(Fuzz Tests/Fuzz ${hosts} OverlayFile ${product})
+room(Fuzz Tests/Fuzz Tests ${hosts} OverlayFile ${product})
 room(Benchmarks Benchmarks Tests Common ${product} Pixels)
 
 only_in("Q[A-Z]" Common/Libs/OverlayUtils/TextRaster.cpp Common/Libs/OverlayCheck/Fonts.cpp)

@@ -52,6 +52,7 @@ static std::tuple<char const*, int, int, int, float, osg::Vec2f, osg::Vec3f, std
     {"fraction of the height cut", 1, 20, 10, 10.4f, {}, {}, {0, 0, 20, 10}},
     {"fraction of the width cut", 1, 31, 7, 7, {}, {}, {0, 0, 30, 7}},
     {"twice as large", 1, 20, 10, 20, {}, {}, {0, 0, 40, 20}},
+    {"higher, but no wider", 1, 1, 10, 15, {}, {}, {0, 0, 1, 15}},
     {"other content types never", 2, 20, 10, 20, {}, {}, {0, 0, 20, 10}},
     {"no size", 1, 20, 10, 0, {}, {}, {0, 0, 0, 0}},
 };
@@ -70,7 +71,8 @@ TEST_F(CompositingTest, CornersAndSizes)
         Recorder recorder;
         blendOverlaysOntoImage({overlay}, frame, osg::NullFC);
         // A copy is made and goes.
-        EXPECT_EQ(recorder.take().find(" x") != std::string::npos, white[2] != imageWidth) << name;
+        EXPECT_EQ(recorder.take().find(" x") != std::string::npos, white[2] != imageWidth || white[3] != imageHeight)
+            << name;
         for (int i = 0; i < 60 * 40; ++i)
         {
             int const x = i % 60 - white[0], y = i / 60 - white[1];

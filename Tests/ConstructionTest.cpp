@@ -52,8 +52,9 @@ TEST_F(ConstructionTest, OverlaysAreCompleteAndMarkedInTheOrderOfBuilding)
                               : "+O !N +N !P.children !I +I !T !B !S +T +B +S !M +M !F +F !O");
         EXPECT_EQ(corners(overlayOf(node)), (std::vector<float>{0, 0, 100, 0, 100, 100, 0, 100}));
         for (std::size_t i = 0; i < 4; ++i)
-            EXPECT_EQ((std::pair{100 * foreground->texCoords[i].x, 100 * foreground->texCoords[i].y}),
-                      (std::pair{foreground->positions[i].x, foreground->positions[i].y}));
+            EXPECT_EQ((std::tuple{100 * foreground->texCoords[i].x, 100 * foreground->texCoords[i].y,
+                                  foreground->texCoords[i].z}),
+                      (std::tuple{foreground->positions[i].x, foreground->positions[i].y, 0.0f}));
         EXPECT_EQ((std::array{texture->minFilter, texture->magFilter, texture->wrapS, texture->wrapT, blend->srcFactor,
                               blend->destFactor}),
                   (std::array{9987u, 9729u, 33071u, 33071u, 770u, 771u}));
@@ -158,14 +159,15 @@ TEST_F(ConstructionTest, SlotFollowsContentTypeAndMarksOnlyAChange)
 TEST_F(ConstructionTest, MaterialThatDoesNotBeginWithATextureIsLeftAloneAndATextHasNothingToDrawInto)
 {
     osg::OverlayPtr const overlay = makePicture(makeImage(4, 4));
-    auto const chunkMaterial = osg::create<osg::ChunkMaterial>();
+    auto const chunkMaterial = hold(osg::create<osg::ChunkMaterial>());
     overlay->text = "text";
     osg::MaterialPtr const materials[] = {chunkMaterial, chunkMaterial, osg::NullFC};
     for (std::size_t i = 0; i < 6; ++i)
     {
         osg::setRefdCP(overlay->foreground->material, materials[i / 2]);
-        if (i == 2)
-            chunkMaterial->addChunk(osg::create<osg::BlendChunk>(), osg::ChunkMaterial::AutoSlot);
+        osg::StateChunkPtr const chunk = i == 2 ? osg::create<osg::BlendChunk>() : osg::FCPtr<osg::BlendChunk>();
+        EXPECT_EQ(chunkMaterial->addChunk(chunk, osg::ChunkMaterial::AutoSlot), i == 2);
+        EXPECT_FALSE(chunkMaterial->addChunk(textureOf(makeText("")), 0));
         overlay->contentType = int(i % 2);
         overlay->dirty = true;
         ztOverlays::blendOverlaysOntoImage({overlay}, overlay->image, osg::NullFC);

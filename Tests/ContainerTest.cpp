@@ -71,50 +71,6 @@ TEST_F(ContainerTest, AttachmentsAreCountedReplacedAndLeftBehindByACopy)
     EXPECT_EQ(node->findAttachment(group), osg::NullFC);
 }
 
-TEST_F(ContainerTest, ChildrenKnowTheirParentAndCoresTheirNodes)
-{
-    osg::NodePtr const a = makeNode(), b = makeNode(), child = osg::create<osg::Node>();
-    Recorder recorder;
-    a->addChild(child);
-    b->addChild(child);
-    EXPECT_EQ(recorder.take(), "+ + -") << "survives the move";
-    b->addChild(osg::NullFC);
-    child->addChild(b);
-    child->addChild(child);
-    a->subChild(child);
-    EXPECT_EQ(a->children.size() + child->children.size(), 0u) << "a node is no descendant of its own";
-    EXPECT_EQ(child->parent, b) << "taken from a node that hasn't it";
-    hold(child);
-    b->subChild(child);
-    EXPECT_EQ(child->parent, osg::NullFC);
-
-    osg::GroupPtr const core = osg::create<osg::Group>();
-    osg::NodePtr const other = osg::create<osg::Node>();
-    for (osg::NodePtr const& node : {a, other, b})
-        node->setCore(core);
-    other->children.assign(2, osg::NullFC); // as a host may write it
-    other->subChild(osg::NullFC);
-    EXPECT_EQ(other->children.size(), 1u);
-    osg::subRef(other);
-    a->setCore(osg::NullFC);
-    EXPECT_EQ(core->getParents(), std::vector{b});
-}
-
-TEST_F(ContainerTest, ChildIsTakenFromAnyPlaceAndTheOthersKeepTheirOrder)
-{
-    for (std::size_t count = 1; count <= 6; ++count)
-        for (std::size_t place = 0; place < count; ++place)
-        {
-            osg::NodePtr const node = makeNode();
-            for (std::size_t i = 0; i < count; ++i)
-                makeNode(osg::NullFC, node);
-            std::vector<osg::NodePtr> expected = node->children;
-            node->subChild(osg::NodePtr(node->children[place]));
-            expected.erase(expected.begin() + std::ptrdiff_t(place));
-            EXPECT_EQ(node->children, expected) << place << " of " << count;
-        }
-}
-
 using Nodes = std::map<char, osg::NodePtr>;
 using ztNodeUtils::moveChild, ztNodeUtils::replaceChild;
 
@@ -134,6 +90,8 @@ static struct
     {"replaced", [](Nodes& n) { replaceChild(n['P']->children[1], n['e']); }, "aecd", "",
      "+e -e -b !Q.children !P.children"},
     {"by a sibling", [](Nodes& n) { replaceChild(n['a'], n['c']); }, "cbd", "e", "+c -c -a !P.children"},
+    {"by its own child", [](Nodes& n) { n['b']->addChild(n['e']), replaceChild(n['b'], n['e']); }, "aecd", "",
+     "+e -e +e -e -b !P.children"},
     {"by its parent", [](Nodes& n) { replaceChild(n['a'], n['P']); }, "abcd", "e", ""},
     {"by itself", [](Nodes& n) { replaceChild(n['a'], n['a']); }, "abcd", "e", ""},
     {"without a parent", [](Nodes& n) { replaceChild(n['P'], n['a']); }, "abcd", "e", ""},
@@ -186,6 +144,7 @@ TEST_F(ContainerTest, UsersLeaveTheirListFromAnyPlaceAndTheOthersKeepTheirOrder)
         std::mt19937 random(1);
         for (int step = 0; step < 6000; ++step)
         {
+            EXPECT_FALSE(list.remove(nullptr));
             bool const grows = random() % 8 < (step / 1000 % 2 ? 2 : 6);
             osg::NodePtr const user = nodes[random() % users];
             auto const entry = std::find(expected.begin(), expected.end(), user);
@@ -222,6 +181,10 @@ TEST_F(ContainerTest, CastsFollowTheTypeWhateverMadeTheContainer)
         EXPECT_EQ(osg::dynamicCast<osg::NodeCore>(container).getContainerSize(), container.getContainerSize()) << name;
         EXPECT_EQ(osg::dynamicCast<osg::Group>(container), osg::NullFC) << name;
     }
+    EXPECT_EQ(HostOverlay::getClassType().getGroupId(), osg::Overlay::getClassType().getGroupId());
+    EXPECT_EQ(osg::FieldContainer::getClassType().createContainer(), osg::NullFC);
+    EXPECT_EQ(osg::FieldContainer::getClassType().getPrototype().getContainerSize(), 0);
+    EXPECT_NE(osg::FieldContainer::getClassType().getGroupId(), osg::NodeCore::getClassType().getGroupId());
 }
 
 TEST_F(ContainerTest, ImageTakesASizeAndCopiesBytesOrUsesThemInPlace)

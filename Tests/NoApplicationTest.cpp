@@ -31,7 +31,9 @@ TEST_F(NoApplicationTest, TextWaitsForTheApplication)
 
 TEST_F(NoApplicationTest, IsFoundByTheCheck)
 {
-    ztOverlays::createOverlay(makeScene());
+    osg::OverlayPtr const overlay = overlayOf(ztOverlays::createOverlay(makeScene()));
+    overlay->font = overlay->text = "any";
     auto const findings = ztOverlayCheck::inspect(osg::NullFC);
     EXPECT_EQ(findings.at(0).kind, ztOverlayCheck::Kind::NoApplication);
+    EXPECT_NE(findings.at(1).problem.find("no application"), std::string::npos);
 }

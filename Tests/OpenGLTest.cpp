@@ -222,12 +222,15 @@ TEST_P(OpenGLTest, PicturesLargerThanATextureAreFiltered)
 {
     GLint most;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &most);
-    osg::OverlayPtr const overlay = makePicture(makeNoise(2, 2), float(most + 1));
-    auto const [red, green, blue, alpha] = pixelAt(overlay->image, 0, 0);
-    osg::ImagePtr const drawn = drawOver(makeImage(8, 8), {overlay});
-    EXPECT_NEAR(pixelAt(drawn, 1, 1)[3], alpha, 1);
-    EXPECT_NEAR(pixelAt(drawn, 1, 1)[0], red, 1);
-    EXPECT_EQ(action.getNumUploads(), 1u);
+    for (auto const& [columns, size] : {std::pair{2, most + 1}, {1, most + 1}, {2, 8200}})
+    {
+        osg::OverlayPtr const overlay = makePicture(makeNoise(columns, 2), float(size));
+        auto const [red, green, blue, alpha] = pixelAt(overlay->image, 0, 0);
+        osg::ImagePtr const drawn = drawOver(makeImage(8, 8), {overlay});
+        EXPECT_NEAR(pixelAt(drawn, 1, 1)[3], alpha, 1);
+        EXPECT_NEAR(pixelAt(drawn, 1, 1)[0], red, 1);
+    }
+    EXPECT_EQ(action.getNumUploads(), 3u);
 }
 
 TEST_P(OpenGLTest, AssembledTilesEqualTheWhole)
@@ -316,6 +319,8 @@ TEST_P(OpenGLTest, UploadsFollowTheImage)
     EXPECT_EQ(uploads(10, [&](int frame) { text->offset.x = float(frame); }), 0u) << "placed";
     EXPECT_EQ(uploads(1, [&](int) { osg::markChanged(picture->image, osg::Image::PixelsFieldMask); }), 1u);
     EXPECT_EQ(uploads(1, [&](int) { textureOf(picture)->minFilter = GL_NEAREST; }), 0u) << "a filter";
+    EXPECT_EQ(uploads(1, [&](int) { osg::setRefdCP(picture->image, makeImage(9, 13)), picture->size = 13; }), 1u);
+    EXPECT_EQ(action.takeFailure(), "");
 }
 
 TEST_P(OpenGLTest, ObjectsGoWithTheirChunksAndWithRelease)
@@ -346,9 +351,10 @@ TEST_P(OpenGLTest, ObjectsGoWithTheirChunksAndWithRelease)
     EXPECT_EQ(action.getNumPrograms(), 1u);
     EXPECT_EQ(countObjects(), (std::array{2, 1, 1, 1})) << "one texture is the frame's";
     action.release();
-    EXPECT_EQ(action.getNumTextures(), 0u);
+    EXPECT_EQ(action.getNumTextures() + action.getNumPrograms(), 0u);
     EXPECT_EQ(countObjects(), (std::array{1, 0, 0, 0}));
     EXPECT_EQ(pixelAt(drawOver(frame, {staying}), 0, 0)[0], 255) << "all made anew";
+    EXPECT_EQ(countObjects(), (std::array{2, 1, 1, 1}));
 }
 
 /// Can't be drawn.
@@ -531,6 +537,21 @@ TEST_P(OpenGLTest, AFrameShowsWhatItsPolygonsShowOneByOne)
         for (float const x : {0.0f, 5.0f, 10.0f})
             drawGoing(brush, makeNoise(5, 5), x);
         brush.show(makeLabel(), 32);
+        osg::ViewportPtr const changing = makeViewport(16, 16);
+        osg::OverlayPtr const square = makeSquare(9);
+        brush.show(square, 0);
+        for (auto const field : {&osg::Viewport::pixelLeft, &osg::Viewport::pixelBottom, &osg::Viewport::pixelWidth,
+                                 &osg::Viewport::pixelHeight, &osg::Viewport::pixelLeft})
+        {
+            *changing.*field += 5;
+            square->foreground->positions[2].y = square->foreground->positions[3].y += 1; // resampled
+            square->foreground->draw(&action, changing.get());
+        }
+        for (int const width : {21, 40})
+        {
+            osg::setRefdCP(changing->camera, createTile(width, 40));
+            square->foreground->draw(&action, changing.get());
+        }
     };
     osg::ImagePtr shown[2];
     for (bool inFrame : {false, true})
@@ -548,7 +569,7 @@ TEST_P(OpenGLTest, AFrameShowsWhatItsPolygonsShowOneByOne)
         }
         else
             drawAll();
-        EXPECT_EQ(action.getNumDraws(), draws + 10);
+        EXPECT_EQ(action.getNumDraws(), draws + 18);
         EXPECT_NE(action.takeFailure().find("corners"), std::string::npos);
         shown[inFrame] = readBack(64, 32);
     }
@@ -618,22 +639,32 @@ TEST_P(OpenGLTest, ShaderChunksMeanWhatTheySay)
     EXPECT_NEAR(pixelAt(drawOver(makeImage(8, 8), {square}), 1, 1)[0], 32, 1) << "sources of the same length";
 }
 
-void setWideImage(osg::OverlayPtr const& overlay, osg::ViewportPtr const&)
+void setLargeImage(osg::OverlayPtr const& overlay, int wide, int high)
 {
     GLint most;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &most);
-    SceneTest::textureOf(overlay)->setImage(ztImage::create(most + 1, 1));
+    SceneTest::textureOf(overlay)->setImage(ztImage::create(1 + most * wide, 1 + most * high));
+}
+
+void keepChunks(osg::OverlayPtr const& overlay, std::size_t count)
+{
+    auto const material = osg::create<osg::ChunkMaterial>();
+    for (std::size_t i = 0; i < count; ++i)
+        material->addChunk(chunkOf<osg::StateChunk>(overlay, i), osg::ChunkMaterial::AutoSlot);
+    osg::setRefdCP<osg::Material>(overlay->foreground->material, material);
 }
 
 using O = osg::OverlayPtr const&;
 using V = osg::ViewportPtr const&;
 std::pair<char const*, void (*)(O, V)> const spoilers[] = {
     {"no texture, blend or shader chunk", [](O o, V) { osg::setRefdCP(o->foreground->material, osg::NullFC); }},
-    {"no texture, blend or shader chunk",
-     [](O o, V) { osg::setRefdCP(o->foreground->material, osg::create<osg::ChunkMaterial>()); }},
+    {"no texture, blend or shader chunk", [](O o, V) { keepChunks(o, 0); }},
+    {"no texture, blend or shader chunk", [](O o, V) { keepChunks(o, 1); }},
+    {"no texture, blend or shader chunk", [](O o, V) { keepChunks(o, 2); }},
     {"no image", [](O o, V) { SceneTest::textureOf(o)->setImage(osg::NullFC); }},
     {"no image", [](O o, V) { SceneTest::textureOf(o)->setImage(osg::create<osg::Image>()); }},
-    {"limit", setWideImage},
+    {"limit", [](O o, V) { setLargeImage(o, 1, 0); }},
+    {"limit", [](O o, V) { setLargeImage(o, 0, 1); }},
     {"compile", [](O o, V) { chunkOf<osg::ShaderChunk>(o, 2)->fragmentProgram = "void main() { broken }"; }},
     {"link", [](O o, V) { chunkOf<osg::ShaderChunk>(o, 2)->vertexProgram = "out int imagePoint; void main() {}"; }},
     {"OpenGL error",
@@ -649,14 +680,14 @@ std::pair<char const*, void (*)(O, V)> const spoilers[] = {
              "imagePoint = vec2(0); }";
      }},
     {"OpenGL error", [](O o, V) { SceneTest::textureOf(o)->wrapS = 12345; }},
+    {"OpenGL error",
+     [](O o, V) { o->foreground->texCoords[2].x = 0.5f, SceneTest::textureOf(o)->minFilter = 12345; }},
     {"OpenGL error", [](O o, V) { chunkOf<osg::BlendChunk>(o, 1)->srcFactor = 7; }},
     {"OpenGL error", [](O, V) { glBindFramebuffer(GL_FRAMEBUFFER, 0); }},
     {"shows nothing", [](O, V v) { v->pixelWidth = 0; }},
-    {"shows nothing",
-     [](O, V v) {
-         osg::setRefdCP(v->camera, SceneTest::createTile(8, 8));
-         v->pixelWidth = -8;
-     }},
+    {"shows nothing", [](O, V v) { v->pixelHeight = 0; }},
+    {"shows nothing", [](O, V v) { osg::setRefdCP(v->camera, SceneTest::createTile(8, 8)), v->pixelWidth = -8; }},
+    {"shows nothing", [](O, V v) { osg::setRefdCP(v->camera, SceneTest::createTile(8, 8)), v->pixelHeight = -8; }},
     {"corners", [](O o, V) { o->foreground->positions.resize(2); }},
     {"corners", [](O o, V) { o->foreground->texCoords.resize(3); }},
     {"no OpenGL context", [](O, V) { eglMakeCurrent(eglGetCurrentDisplay(), nullptr, nullptr, nullptr); }},

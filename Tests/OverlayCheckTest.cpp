@@ -68,7 +68,30 @@ Row const rows[] = {
     {"straight alpha",
      [](OverlayCheckTest& t) { t._picture->image->pixels[4 * 6] = 52; },
      {{Kind::StraightAlpha, "logo", "column 2 of row 1"}}},
-    {"another text", [](OverlayCheckTest& t) { t._text->text = "Take 4"; }, {{Kind::UnmarkedChange, "title", ""}}},
+    {"another text",
+     [](OverlayCheckTest& t) { t._text->text = "Take 4"; },
+     {{Kind::UnmarkedChange, "title", "unannounced; call"}}},
+    {"another text in bold points",
+     [](OverlayCheckTest& t) {
+         t._text->sizeMode = O::SizeAbsolute, t._text->size = 9, t._text->textColor.a = -1, t.update(t._text);
+         t._text->text = "Take 3\n";
+     },
+     {{Kind::UnmarkedChange, "title", ""}, {Kind::ColorRange, "title", "is -1"}}},
+    {"nothing to see",
+     [](OverlayCheckTest& t) {
+         t._text->sizeMode = O::SizeAbsolute, t._text->size = 9, t._text->text = "\n", t._text->font = "";
+         osg::setRefdCP(t._picture->image, osg::create<osg::Image>()), t.update(t._text);
+     },
+     {}},
+    {"no picture",
+     [](OverlayCheckTest& t) { osg::setRefdCP(t._picture->image, osg::NullFC), t.update(t._picture); },
+     {}},
+    {"no foreground",
+     [](OverlayCheckTest& t) {
+         t._viewport->foregrounds = {};
+         osg::setRefdCP(t._text->foreground, osg::NullFC), t._text->dirty = true;
+     },
+     {{Kind::StillDirty, "title", "hasn't been updated"}}},
     {"no more text", [](OverlayCheckTest& t) { t._text->text = ""; }, {{Kind::UnmarkedChange, "title", ""}}},
     {"another DPI scale",
      [](OverlayCheckTest&) { ztPlatform::setDpiScale(3, 3); },
@@ -86,8 +109,8 @@ Row const rows[] = {
      [](OverlayCheckTest& t) { t._textNode->parent->travMask = 1, t._viewport->foregrounds.pop_back(); },
      {{Kind::HiddenButAttached, "logo", "removeOverlays"}}},
     {"not updated",
-     [](OverlayCheckTest& t) { osg::markChanged(t._picture, O::SizeFieldMask); },
-     {{Kind::StillDirty, "logo", "hasn't been updated"}}},
+     [](OverlayCheckTest& t) { osg::markChanged(t._picture, O::SizeFieldMask), t._text->dirty = true; },
+     {{Kind::StillDirty, "title", "hasn't been updated"}, {Kind::StillDirty, "logo", "hasn't been updated"}}},
     {"an empty text",
      [](OverlayCheckTest& t) { t._text->text = "", t.update(t._text); },
      {{Kind::StillDirty, "title", "no text"}}},
@@ -118,6 +141,14 @@ TEST_P(OverlayCheckTest, FindsNoMoreAndNoLessAndChangesNothing)
         EXPECT_EQ(findings[i].node, node) << line;
         EXPECT_NE(line.find(part), std::string::npos) << line;
     }
+}
+
+TEST(NearestNameTest, NeedsTheFewestCharactersAddedTakenOrReplaced)
+{
+    using ztOverlayCheck::nearestName;
+    EXPECT_EQ(nearestName("abcd", {"axyd", "abxyd", "abxd", "axcd"}), "abxd");
+    EXPECT_EQ(nearestName("abcd", {"dcba", "zabcdz", "cd", "xbcd", "abc"}), "xbcd");
+    EXPECT_EQ(nearestName("abcd", {"bcxd", "abcdef", "bcd"}), "bcd");
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, OverlayCheckTest, testing::ValuesIn(rows), [](auto const& row) {

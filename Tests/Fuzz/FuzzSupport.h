@@ -42,8 +42,8 @@ class Bytes
     /// Any bit pattern, but mostly a small multiple of 1/8.
     float number() { return below(8) == 0 ? bits<float>() : float(bits<signed char>()) / 8.0f; }
 
-    /// Any bit pattern, but mostly from -16 to 111.
-    int integer() { return below(8) == 0 ? bits<int>() : int(below(128)) - 16; }
+    /// Of any size, but mostly from -16 to 111.
+    int integer() { return below(8) == 0 ? bits<int>() >> below(32) : int(below(128)) - 16; }
 
     std::string text(unsigned maxLength)
     {

@@ -1,6 +1,7 @@
 // Images scaled, blended and premultiplied, against sums of doubles: any sizes, filters and factors, an image onto
 // itself, and bytes that are the image's own or borrowed.
 #include "FuzzSupport.h"
+#include "WeightedSum.h"
 
 #include "OSGChangeList.h"
 #include "OSGRefPtr.h"
@@ -24,7 +25,7 @@ struct Filter : ztImageGenericFilter
     Filter(double radius, double (*function)(double x, double radius)) : ztImageGenericFilter(radius), weigh(function)
     {
     }
-    double filter(double x) const override { return weigh(std::abs(x), support); }
+    double filter(double x) const override { return weigh(x, support); }
 
     double (*weigh)(double x, double radius);
 };
@@ -33,9 +34,17 @@ struct Filter : ztImageGenericFilter
 Filter anyFilter(Bytes& bytes)
 {
     double (*const functions[])(double, double) = {
-        [](double x, double radius) { return x < radius ? radius - x : 0.0; }, [](double, double) { return 1.0; },
-        [](double x, double) { return x < 1 ? (1.5 * x - 2.5) * x * x + 1 : ((2.5 - 0.5 * x) * x - 4) * x + 2; },
-        [](double, double) { return 0.0; }, [](double, double) { return std::nan(""); }};
+        [](double x, double radius) { return std::max(radius - std::abs(x), 0.0); },
+        [](double, double) { return 1.0; },
+        [](double x, double) {
+            double const t = std::abs(x);
+            return t < 1 ? (1.5 * t - 2.5) * t * t + 1 : ((2.5 - 0.5 * t) * t - 4) * t + 2;
+        },
+        [](double x, double) { return double(x < 0.0); },
+        [](double x, double) { return x > 0.0 ? 1.0 : -1.0; },
+        [](double, double) { return 0.0; },
+        [](double, double) { return std::nan(""); },
+        [](double, double) { return HUGE_VAL; }};
     unsigned const function = bytes.below(std::size(functions));
     return {function == 2 ? 2.0 : double(bytes.number()) * 0.7310585786, functions[function]};
 }
@@ -62,32 +71,13 @@ Pixels bytesOf(osg::Image& image)
     return {image.pixelBuffer(), image.pixelBuffer() + std::size_t(image.width) * std::size_t(image.height) * 4};
 }
 
-/// The weight of each pixel of a row or column in one that is made of it.
-std::vector<double> weightsOf(int sourceSize, int size, int pixel, Filter const& filter)
-{
-    double const step = double(sourceSize) / size, centre = (pixel + 0.5) * step;
-    std::vector<double> weights(std::size_t(sourceSize), 0.0);
-    double sum = 0.0;
-    for (int i = 0; i < sourceSize; ++i)
-    {
-        double const distance = (i + 0.5 - centre) / std::max(step, 1.0);
-        sum += weights[std::size_t(i)] = std::abs(distance) <= filter.support ? filter.filter(distance) : 0.0;
-    }
-    int const nearest = std::min(int(centre), sourceSize - 1);
-    for (int i = 0; i < sourceSize; ++i)
-        weights[std::size_t(i)] = sum != 0.0 && std::isfinite(sum) ? weights[std::size_t(i)] / sum : i == nearest;
-    return weights;
-}
-
 void checkPixel(Pixels const& from, osg::UInt8 const* found, std::vector<double> const& columns,
                 std::vector<double> const& rows)
 {
     for (std::size_t channel = 0; channel < 4; ++channel)
     {
-        double sum = 0.0;
-        for (std::size_t i = 0; i < from.size() / 4; ++i)
-            sum += columns[i % columns.size()] * rows[i / columns.size()] * from[4 * i + channel];
-        require(std::abs(found[channel] - std::clamp(sum, 0.0, 255.0)) < 0.502, "a new pixel is a weighted sum");
+        require(std::abs(found[channel] - weightedSum(from, columns, rows, channel)) < 0.502,
+                "a new pixel is a weighted sum");
     }
 }
 
@@ -114,6 +104,7 @@ void scale(Bytes& bytes, ImageRef const& source, ImageRef const& other)
     }
     osg::ImagePtr destination = bytes.flip() ? source : other;
     Filter const filter = anyFilter(bytes);
+    auto const weigh = [&filter](double x) { return filter.filter(x); };
     require(ztImage::scale(source, width, height, destination, filter) == isPossible, "an image is scaled or not");
     requireMark(destination, osg::AllFieldsMask);
     require(source == destination || bytesOf(*source) == before, "the source is left");
@@ -124,17 +115,18 @@ void scale(Bytes& bytes, ImageRef const& source, ImageRef const& other)
     for (int y = 0; y < newHeight; ++y)
         for (int x = 0; x < newWidth; ++x)
             checkPixel(before, &destination->pixels[std::size_t(y * width + x) * 4],
-                       weightsOf(sourceWidth, width, x, filter), weightsOf(sourceHeight, height, y, filter));
+                       weightsOf(sourceWidth, width, x, filter.support, weigh),
+                       weightsOf(sourceHeight, height, y, filter.support, weigh));
 }
 
 void blend(Bytes& bytes, ImageRef const& source, ImageRef const& other)
 {
     osg::ImagePtr const target = bytes.flip() ? source : other;
     osg::Vec3f const position{bytes.number(), bytes.number(), bytes.number()};
-    bool const isPlain = bytes.flip();
-    auto const factor = [&] { return isPlain ? 1.0f : bytes.number(); };
-    osg::Color4f const color{factor(), factor(), factor(), factor()};
-    float const opacity = factor(), additive = isPlain ? 0.0f : bytes.number();
+    unsigned const unusual = bytes.below(14); // a factor, or all, or none
+    auto factor = [&, i = 0u](float usual) mutable { return unusual == i++ || unusual == 6 ? bytes.number() : usual; };
+    osg::Color4f const color{factor(1), factor(1), factor(1), factor(1)};
+    float const opacity = factor(1), additive = factor(0);
     double const alpha = double(color.a) * opacity;
     double const factors[] = {color.r * alpha, color.g * alpha, color.b * alpha, alpha};
     Pixels const above = bytesOf(*source), below = bytesOf(*target);
@@ -180,12 +172,23 @@ extern "C" int LLVMFuzzerTestOneInput(osg::UInt8 const* data, std::size_t size)
     {
         Pixels outside, outsideOfOther;
         ImageRef const image = anyImage(bytes, outside), other = anyImage(bytes, outsideOfOther);
+        osg::UInt8 pixel[4] = {};
+        ImageRef const wide(ztImage::createOver((1 << 24) + 1, 1, pixel)), narrow(ztImage::create(1, 2)),
+            possible(ztImage::createOver(1, 1, pixel));
         osg::ImagePtr none;
         osg::PThreadBase::setCurrentChangeList(&recorded);
         ztImage::premultiply(none);
         require(!ztImage::scale(image, 1, 1, none, ztImageBilinearFilter()) &&
                     !ztImage::blendImage(none, image, {}, {}, 1, 0) && !ztImage::blendImage(image, none, {}, {}, 1, 0),
                 "nothing happens to null");
+        for (auto const& [source, side] : {std::pair{none, 1}, {wide, 1}, {possible, 23171}}) // beyond 2 GiB
+        {
+            osg::ImagePtr destination = narrow;
+            require(!ztImage::scale(source, side, side, destination, ztImageBilinearFilter()) && narrow->width == 0 &&
+                        narrow->height == 0,
+                    "what can't be scaled gives nothing");
+            requireMark(narrow, osg::AllFieldsMask);
+        }
         unsigned const operation = bytes.below(8);
         if (operation == 0)
             premultiply(image);

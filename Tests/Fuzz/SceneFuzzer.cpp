@@ -244,15 +244,48 @@ class Scenes : public osg::DrawActionBase
 
     void subChild()
     {
-        osg::NodePtr const child = any<osg::Node>(), parent = child != osg::NullFC ? child->parent : any<osg::Node>();
-        if (parent != osg::NullFC && (!isInWalk || std::find(held.begin(), held.end(), child) != held.end()))
-            parent->subChild(child);
+        osg::NodePtr const child = any<osg::Node>();
+        osg::NodePtr const parent = child != osg::NullFC && bytes.below(8) ? child->parent : any<osg::Node>();
+        if (parent == osg::NullFC || (isInWalk && std::find(held.begin(), held.end(), child) == held.end()))
+            return;
+        Nodes left = parent->children;
+        left.erase(std::remove(left.begin(), left.end(), child), left.end());
+        parent->subChild(child);
+        require(child == osg::NullFC || parent->children == left, "the others keep their order");
     }
 
     void moveChild() { ztNodeUtils::moveChild(any<osg::Node>(), bytes.below(5), any<osg::Node>()); }
 
-    void replaceChild() { ztNodeUtils::replaceChild(any<osg::Node>(), any<osg::Node>()); }
-    void rename() { ztNodeUtils::rename(some<osg::Node>(), std::string(bytes.below(3), 'n')); }
+    void replaceChild()
+    {
+        osg::NodePtr const parent = any<osg::Node>(), old = any<osg::Node>(), child = any<osg::Node>();
+        parent != osg::NullFC ? parent->replaceChild(old, child) : ztNodeUtils::replaceChild(old, child);
+    }
+
+    void rename()
+    {
+        ztNodeUtils::reverseChildOrder(any<osg::Node>());
+        ztNodeUtils::rename(some<osg::Node>(), std::string(bytes.below(3), 'n'));
+    }
+
+    /// Its children say that another node is their parent.
+    void copy()
+    {
+        osg::RefPtr<osg::Node> const copied(osg::dynamicCast<osg::Node>(some<osg::Node>()->shallowCopy()));
+        Fields const fields = referencesOf(copied);
+        std::for_each(fields.begin(), fields.end(), osg::addRef);
+        osg::RefPtr<osg::Node> const above(osg::create<osg::Node>());
+        above->addChild(copied);
+        for (unsigned edit = 0; edit < 3; ++edit)
+        {
+            lookUpPool(above);
+            lookUpPool(copied);
+            if (edit == 1)
+                copied->setCore(any<osg::NodeCore>());
+            else if (!copied->children.empty())
+                copied->subChild(osg::NodePtr(copied->children.back()));
+        }
+    }
 
     void setRoot()
     {
@@ -303,6 +336,12 @@ class Scenes : public osg::DrawActionBase
             osg::setRefdCP(overlay->foreground, any<osg::PolygonForeground2>());
         else if (field == 1 && overlay->foreground != osg::NullFC)
             osg::setRefdCP(overlay->foreground->material, osg::create<osg::ChunkMaterial>());
+        else if (field == 2)
+            osg::setRefdCP(some<osg::MaterialPool>()->overlayRoot, osg::NodePtr());
+        else if (field == 3)
+            some<osg::MaterialPool>()->initOverlayRoot();
+        else if (field == 4 && overlay->foreground != osg::NullFC)
+            overlay->foreground->texCoords.clear();
         else if (field < 6)
             osg::setRefdCP(overlay->image, any<osg::Image>());
         else
@@ -355,10 +394,11 @@ class Scenes : public osg::DrawActionBase
             overlay = osg::NullFC;
             edit();
         });
-        osg::traverse(any<osg::Node>(), [this](osg::NodePtr const&) {
+        std::function<osg::Action::ResultE(osg::NodePtr const&)> const visit = [this](osg::NodePtr const&) {
             edit();
             return osg::Action::Continue;
-        });
+        };
+        osg::traverse(any<osg::Node>(), visit);
     }
 
     void attach()
@@ -393,18 +433,24 @@ class Scenes : public osg::DrawActionBase
         ztOverlays::blendOverlaysOntoImage(overlays, target, viewport);
     }
 
-    void lookUp()
+    /// \return that of the whole tree
+    osg::NodePtr lookUpPool(osg::NodePtr const& node)
     {
-        osg::NodePtr const node = any<osg::Node>();
-        osg::NodePtr top = node, root;
+        osg::NodePtr top = node;
         while (top != osg::NullFC && top->parent != osg::NullFC)
             top = top->parent;
         for (bool const recursive : {false, true})
             require(ztMaterials::findMaterialPool(node, false, recursive) == firstPool(node, recursive) &&
                         ztMaterials::findMaterialPool(node, true, recursive) == firstPool(top, recursive),
                     "a pool is found");
-        if (osg::NodePtr const poolNode = firstPool(top, true); poolNode != osg::NullFC)
-            root = osg::dynamicCast<osg::MaterialPool>(poolNode->core)->overlayRoot;
+        return firstPool(top, true);
+    }
+
+    void lookUp()
+    {
+        osg::NodePtr const node = any<osg::Node>(), poolNode = lookUpPool(node);
+        osg::NodePtr const root =
+            poolNode != osg::NullFC ? osg::dynamicCast<osg::MaterialPool>(poolNode->core)->overlayRoot : osg::NodePtr();
         require(ztOverlays::getOverlayPoolRootForNode(node) == root, "a pool root is found");
         Nodes named, all = nodesOf(ztOverlays::getOverlayPoolRoot());
         std::copy_if(all.begin(), all.end(), std::back_inserter(named),
@@ -422,15 +468,15 @@ class Scenes : public osg::DrawActionBase
 
     /// What may destroy foregrounds, what a host does besides, then what the library is called for.
     static constexpr void (Scenes::*operations[])() = {
-        &Scenes::drop,         &Scenes::setCore,       &Scenes::subChild,         &Scenes::replaceChild,
-        &Scenes::setRoot,      &Scenes::changeScope,   &Scenes::assign,           &Scenes::assign,
-        &Scenes::make,         &Scenes::makeImage,     &Scenes::addChild,         &Scenes::insertChild,
-        &Scenes::addNull,      &Scenes::writeNode,     &Scenes::writeViewport,    &Scenes::writeOverlay,
-        &Scenes::writeOverlay, &Scenes::writeOverlay,  &Scenes::setScale,         &Scenes::walk,
-        &Scenes::draw,         &Scenes::moveChild,     &Scenes::rename,           &Scenes::attach,
-        &Scenes::attach,       &Scenes::createOverlay, &Scenes::createOverlay,    &Scenes::update,
-        &Scenes::update,       &Scenes::update,        &Scenes::update,           &Scenes::stamp,
-        &Scenes::stamp,        &Scenes::lookUp,        &Scenes::duplicateOverlay,
+        &Scenes::drop,    &Scenes::setCore,       &Scenes::subChild,         &Scenes::replaceChild,
+        &Scenes::setRoot, &Scenes::changeScope,   &Scenes::assign,           &Scenes::assign,
+        &Scenes::make,    &Scenes::makeImage,     &Scenes::addChild,         &Scenes::insertChild,
+        &Scenes::addNull, &Scenes::writeNode,     &Scenes::writeViewport,    &Scenes::writeOverlay,
+        &Scenes::copy,    &Scenes::writeOverlay,  &Scenes::setScale,         &Scenes::walk,
+        &Scenes::draw,    &Scenes::moveChild,     &Scenes::rename,           &Scenes::attach,
+        &Scenes::attach,  &Scenes::createOverlay, &Scenes::createOverlay,    &Scenes::update,
+        &Scenes::update,  &Scenes::update,        &Scenes::update,           &Scenes::stamp,
+        &Scenes::stamp,   &Scenes::lookUp,        &Scenes::duplicateOverlay,
     };
     static constexpr unsigned numDestroying = 8, firstOfLibrary = 21;
 
