@@ -199,11 +199,27 @@ QImage fromNative(Frame frame)
         .mirrored();
 }
 
+/// A picture of a stream as it came, if it may.
+QByteArray encodeStreamed(PamPicture const& picture, QByteArray const& format, int pngCompression)
+{
+    bool const isPam = format == "pam", isPpm = format == "ppm";
+    if (picture.header.bytes.startsWith(isPam ? "P7" : "P6") && (isPam || isPpm))
+        return bytesOf(picture);
+    QImage const image = toImage(picture);
+    return isPam ? bytesOf(toPam(image)) : encode(image, format, pngCompression);
+}
+
+QByteArray encodePlain(Frame frame, QByteArray const& format, int pngCompression)
+{
+    return frame.streamed.samples ? encodeStreamed(toPam(std::move(frame)), format, pngCompression)
+                                  : encode(compose(std::move(frame), format), format, pngCompression);
+}
+
 void writePlain(Frame frame, QString const& path, int pngCompression)
 {
     QByteArray const format = suffixOf(path);
     FileMetadata const metadata = std::move(frame.metadata);
-    QByteArray const bytes = withMetadata(encode(compose(std::move(frame), format), format, pngCompression), metadata);
+    QByteArray const bytes = withMetadata(encodePlain(std::move(frame), format, pngCompression), metadata);
     writeWhole(path, [&](QFileDevice& file) { return writeAll(file, bytes); });
 }
 

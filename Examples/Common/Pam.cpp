@@ -2,6 +2,7 @@
 
 #include "Ending.h"
 #include "Merge.h"
+#include "Picture.h"
 
 #include <QtEndian>
 
@@ -208,6 +209,39 @@ PamPicture toPam(QImage const& picture)
             std::copy_n(pixel, channels, target);
     }
     return result;
+}
+
+QImage toImage(PamPicture const& picture)
+{
+    constexpr int most = 255;
+    PamHeader const& header = picture.header;
+    if (header.maxval > most)
+        fail("Its 16 bits a channel are too many for this format");
+    QImage::Format const format = header.hasAlpha() ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888;
+    QImage image = allocated({header.width, header.height, format});
+    bool const isGray = header.channels < 3;
+    uchar const* sample = picture.samples.get();
+    auto const next = [&] {
+        return uchar((std::min<int>(*sample++, header.maxval) * most + header.maxval / 2) / header.maxval);
+    };
+    for (int y = header.height - 1; y >= 0; --y)
+    {
+        uchar* target = image.scanLine(y);
+        for (int x = 0; x < header.width; ++x, target += 4)
+        {
+            target[0] = next();
+            target[1] = isGray ? target[0] : next();
+            target[2] = isGray ? target[0] : next();
+            target[3] = header.hasAlpha() ? next() : uchar(most);
+        }
+    }
+    return image;
+}
+
+QByteArray bytesOf(PamPicture const& picture)
+{
+    return picture.header.bytes +
+           QByteArray(reinterpret_cast<char const*>(picture.samples.get()), int(picture.header.size()));
 }
 
 void mergeLayer(QImage const& layer, PamPicture& picture)

@@ -53,6 +53,13 @@ void writePam(PamPicture const& picture, std::FILE* stream);
 /// \param picture  bottom row first, in Format_RGBA8888, or in Format_RGBX8888 if it has no alpha channel
 PamPicture toPam(QImage const& picture);
 
+/// The other way round.
+/// \throw std::runtime_error for one of 16 bits; what() is a line about it
+QImage toImage(PamPicture const& picture);
+
+/// As they are in a stream.
+QByteArray bytesOf(PamPicture const& picture);
+
 /// Merges a transparent layer over a picture of its size, in which all that it leaves free stays as it is.
 /// \param layer  see toPixels()
 void mergeLayer(QImage const& layer, PamPicture& picture);

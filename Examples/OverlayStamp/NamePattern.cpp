@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -48,6 +49,16 @@ std::optional<qint64> numberIn(QString const& name, NamePattern const& pattern)
     return isNumber && nameOf(pattern, number) == name ? std::optional(number) : std::nullopt;
 }
 
+QString folderOf(NamePattern const& pattern)
+{
+    return QFileInfo(pattern.before + "0").path();
+}
+
+NamePattern withoutFolder(NamePattern const& pattern)
+{
+    return {pattern.before.mid(pattern.before.lastIndexOf('/') + 1), pattern.width, pattern.after};
+}
+
 } // namespace
 
 std::optional<NamePattern> parsePattern(QString const& path)
@@ -69,12 +80,17 @@ QString nameOf(NamePattern const& pattern, qint64 number)
     return pattern.before + QString::asprintf("%0*lld", pattern.width, static_cast<long long>(number)) + pattern.after;
 }
 
+bool matches(NamePattern const& pattern, QString const& file)
+{
+    return QFileInfo(file).dir() == QDir(folderOf(pattern)) &&
+           numberIn(QFileInfo(file).fileName(), withoutFolder(pattern));
+}
+
 std::vector<qint64> findNumbers(NamePattern const& pattern)
 {
-    QString const folder = QFileInfo(pattern.before + "0").path();
-    NamePattern const name = {pattern.before.mid(pattern.before.lastIndexOf('/') + 1), pattern.width, pattern.after};
+    NamePattern const name = withoutFolder(pattern);
     std::vector<qint64> numbers;
-    for (QDirIterator files(folder, QDir::Files | QDir::Hidden | QDir::System); files.hasNext();)
+    for (QDirIterator files(folderOf(pattern), QDir::Files | QDir::Hidden | QDir::System); files.hasNext();)
     {
         files.next();
         if (auto const number = numberIn(files.fileName(), name))

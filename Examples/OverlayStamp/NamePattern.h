@@ -27,6 +27,9 @@ std::optional<NamePattern> parsePattern(QString const& path);
 
 QString nameOf(NamePattern const& pattern, qint64 number);
 
+/// Whether a file, by whatever path, has a name of the pattern.
+bool matches(NamePattern const& pattern, QString const& file);
+
 /// The numbers of the files that are there, in their order.
 /// \throw std::runtime_error for a usage error: no files or too many
 std::vector<qint64> findNumbers(NamePattern const& pattern);

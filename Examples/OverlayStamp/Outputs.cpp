@@ -44,16 +44,23 @@ Identity identify(QString const& path)
 void requireSafeOutputs(StampOptions const& options, std::vector<OverlayEntry> const& entries)
 {
     std::map<Identity, QString> uses;
+    auto const requireOther = [](bool isOther, QString const& output, QString const& use) {
+        require(isOther, "\"" + output + "\" is " + use + ", which only --force replaces");
+    };
+    auto const keep = [&](QString const& file, QString const& use) {
+        uses.emplace(identify(file), use);
+        requireOther(!options.outputPattern || !matches(*options.outputPattern, file), file, use);
+    };
     for (FramePaths const& frame : options.frames)
         uses.emplace(identify(frame.input), "an input");
-    uses.emplace(identify(options.overlayFile), "the overlay file");
+    keep(options.overlayFile, "the overlay file");
     for (OverlayEntry const& entry : entries)
         if (!entry.imageFile.isEmpty())
-            uses.emplace(identify(entry.imageFile), "a picture of the overlay file");
+            keep(entry.imageFile, "a picture of the overlay file");
     for (FramePaths const& frame : options.writesPipe ? std::vector<FramePaths>() : options.frames)
     {
         auto const [use, isFree] = uses.emplace(identify(frame.output), "\"" + frame.output + "\" too");
-        require(isFree, "\"" + frame.output + "\" is " + use->second + ", which only --force replaces");
+        requireOther(isFree, frame.output, use->second);
     }
 }
 

@@ -49,14 +49,6 @@ class Layers : public Files
   public:
     explicit Layers(StampOptions const& options) : Files(options), _size(*options.layerSize) {}
 
-    std::optional<FrameNames> next() override
-    {
-        std::optional<FrameNames> names = Files::next();
-        if (names)
-            names->values.frame = qint64(names->values.index) - 1; // as in a stream
-        return names;
-    }
-
     std::optional<qint64> open() override { return qint64(_size.width()) * _size.height(); }
 
     std::function<Frame()> take() override
@@ -82,8 +74,9 @@ class Pipe : public Source
     {
         if (_isBroken || (_index > 0 && isAtEnd(stdin)))
             return std::nullopt;
-        ++_index;
-        return FrameNames{{"-", "-"}, {"-", _index, 0, {}, qint64(_index) - 1}};
+        qint64 const number = qint64(_index++);
+        QString const output = _options.outputPattern ? nameOf(*_options.outputPattern, number) : "-";
+        return FrameNames{{"-", output}, {"-", _index, 0, {}, number}};
     }
 
     std::optional<qint64> open() override

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 namespace ztExamples
 {
@@ -50,13 +51,14 @@ Each frame is reported in a line; several on a terminal in a progress bar.
 The pictures of a stream, one behind the other, are PAM (P7, gray or RGB, with or without alpha) or PPM (P6), of
 8 or 16 bits. They leave as they came, in their form and depth, each as soon as it is done; what no overlay covers
 keeps its value, and alpha is straight. Files leave as PAM of 8 bits. The stream ends with the first picture that
-fails. {file} is - for a picture of a stream or a layer, and nobody knows a stream's {count}:
+fails. {file} is - for a picture of a stream or a layer, and nobody knows a stream's {count}. With --output
+still.####.png the pictures are written to files, numbered from 0; files of the stream's own kind keep 16 bits, others can't:
 
   ffmpeg -i in.mp4 -f image2pipe -c:v pam - | overlay-stamp --overlays labels.json --output - - |
     ffmpeg -f image2pipe -c:v pam -framerate 25 -i - out.mp4
 
-For programs that composite themselves, --layer writes the overlays alone. Alpha is straight in PAM and PNG. An output
-name with # for the digits of a number, layer.####.png, takes several layers:
+For programs that composite themselves, --layer writes the overlays alone. Alpha is straight in PAM and PNG. A
+pattern as output, layer.####.png, takes several layers: those of --frames, or --count from 0, which is {frame}, too:
 
   overlay-stamp --overlays labels.json --layer 1920x1080 --count 100 --output - |
     ffmpeg -i in.mp4 -f image2pipe -c:v pam -framerate 25 -i - -filter_complex overlay out.mp4
@@ -89,7 +91,7 @@ void addOptions(QCommandLineParser& parser)
          "Where the stamped image goes; the suffix says the format. One input only, unless it is a pattern, "
          "whose folder is made. - is the standard output stream, for any number of them.",
          "FILE"},
-        {"frames", "The numbers of the frames of an input that is a pattern (all that are there).",
+        {"frames", "The numbers of the frames of an input that is a pattern (all that are there), or of layers.",
          "1001-1100,1120,1200-1300x10"},
         {"skip-missing", "Leave out inputs that aren't there."},
         {"skip-existing", "Leave out frames whose outputs are there, to go on after an interruption."},
@@ -222,17 +224,28 @@ void checkNames(std::vector<FramePaths> const& frames)
 }
 
 /// Frames without inputs.
-std::vector<FramePaths> nameLayers(QString const& output, int count)
+std::vector<FramePaths> nameLayers(QString const& output, std::vector<qint64> const& numbers)
 {
     require(output == pipe || hasAlpha(suffixOf(output)),
             "--output: the format of \"" + output + "\" has no alpha channel for a layer");
     auto const pattern = parsePattern(output);
-    require(output == pipe || count == 1 || pattern,
+    require(output == pipe || numbers.size() == 1 || pattern,
             "--output: expected a name with # for the number of each layer, or -, got \"" + output + "\"");
     std::vector<FramePaths> frames;
-    for (int i = 1; i <= count; ++i)
-        frames.push_back({pipe, pattern ? nameOf(*pattern, i) : output});
+    for (qint64 const number : numbers)
+        frames.push_back({pipe, pattern ? nameOf(*pattern, number) : output, number});
     return frames;
+}
+
+/// Those of --frames, else as many as --count says, from 0 as in a stream.
+std::vector<qint64> parseLayerNumbers(QCommandLineParser const& parser)
+{
+    require(!parser.isSet("frames") || !parser.isSet("count"), "--layer takes --count or --frames, not both");
+    if (parser.isSet("frames"))
+        return parseNumbers(valueOf(parser, "frames"));
+    std::vector<qint64> numbers(std::size_t(parseWhole(parser, "count", 1, int(maxFrameCount), 1)));
+    std::iota(numbers.begin(), numbers.end(), qint64(0));
+    return numbers;
 }
 
 QSize parseLayerSize(QString const& text, qint64 maxPixels)
@@ -299,19 +312,20 @@ std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
     require(!isLayer || (inputs.isEmpty() && outputDir.isEmpty()), "--layer takes --output, and no input");
     require(isLayer || !parser.isSet("count"), "--count is the number of layers of --layer");
     require(output.isEmpty() != outputDir.isEmpty(), "one of --output and --output-dir is needed");
-    require(!inputs.contains(pipe) || (inputs.size() == 1 && output == pipe),
-            "the input - stands alone, with --output -");
-    bool const hasFiles = !isLayer && !inputs.contains(pipe);
-    for (QString const option : {"frames", "skip-missing"})
-        require(!parser.isSet(option) || hasFiles, "--" + option + " needs inputs that are files");
+    bool const isStream = inputs.contains(pipe);
+    require(!isStream || (inputs.size() == 1 && (output == pipe || parsePattern(output))),
+            "the input - stands alone, with --output - or a name such as out.####.png");
+    for (QString const option : {"frames", "skip-missing", "skip-existing", "dry-run"})
+        require(!parser.isSet(option) || !isStream, "--" + option + " needs inputs that are files");
+    require(!parser.isSet("skip-missing") || !isLayer, "--skip-missing needs inputs that are files");
     require(!parser.isSet("skip-existing") || output != pipe, "--skip-existing needs outputs that are files");
-    require(!parser.isSet("dry-run") || !inputs.contains(pipe), "--dry-run needs inputs that are files");
-    if (!output.isEmpty() && output != pipe && (isLayer || !isNativeSuffix(suffixOf(output))))
+    bool const canBeOther = isStream ? suffixOf(output) == "pam" : !isLayer && isNativeSuffix(suffixOf(output));
+    if (!output.isEmpty() && output != pipe && !canBeOther)
         requireFormat("output", output);
     if (isLayer)
-        return nameLayers(output, parseWhole(parser, "count", 1, int(maxFrameCount), 1));
+        return nameLayers(output, parseLayerNumbers(parser));
     std::vector<FramePaths> frames;
-    if (inputs.contains(pipe))
+    if (isStream)
         return frames;
     frames = parseInputs(inputs, valueOf(parser, "frames"));
     require(output.isEmpty() || output == pipe || frames.size() == 1 || parsePattern(output),
@@ -358,6 +372,8 @@ StampOptions parseStampOptions(QStringList const& arguments)
     options.outputDir = isPattern ? QFileInfo(output).path() : valueOf(parser, "output-dir");
     options.readsPipe = parser.positionalArguments().contains(pipe);
     options.writesPipe = output == pipe;
+    if (options.readsPipe && isPattern)
+        options.outputPattern = parsePattern(output);
     options.jobs = parseWhole(parser, "jobs", 1, maxJobs, std::clamp(QThread::idealThreadCount(), 1, maxJobs));
     options.rules.pngCompression = parseWhole(parser, "compression", 0, 9, defaultPngCompression);
     if (parser.isSet("dpi-scale"))

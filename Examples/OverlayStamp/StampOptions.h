@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Frame.h"
+#include "NamePattern.h"
 #include "Placeholders.h"
 
 #include <QString>
@@ -18,7 +19,7 @@ struct FramePaths
 {
     QString input;
     QString output;
-    /// Where the input is named by a pattern.
+    /// Of a layer, or where the input is named by a pattern.
     std::optional<qint64> number = {};
     /// Why it is left out, or nothing.
     QString omission = {};
@@ -32,6 +33,8 @@ struct StampOptions
     std::vector<FramePaths> frames;
     /// Whether the frames are the pictures of the standard input stream, in place of those above.
     bool readsPipe = false;
+    /// Of such a picture's file, unless they go to the standard output stream.
+    std::optional<NamePattern> outputPattern;
     /// Whether they are written to the standard output stream.
     bool writesPipe = false;
     /// Of the frames if they are layers, without inputs.
