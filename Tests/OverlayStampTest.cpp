@@ -62,11 +62,12 @@ std::pair<char const*, std::string> const wrongUsages[] = {
      "\"same/red.png\" is a picture of the overlay file, which only --force replaces"},
     {"LABELS --output-dir sub red.png hard.png",
      "\"sub/hard.png\" is \"sub/red.png\" too, which only --force replaces"},
-    {"LABELS OUT -", "the input - stands alone, with --output -"},
+    {"LABELS OUT -", "the input - stands alone, with --output - or a name such as out.####.png"},
     {"LABELS OUT --count 2 frame.png", "--count is the number of layers of --layer"},
     {"LABELS OUT --layer 8x8 frame.png", "--layer takes --output, and no input"},
     {"LABELS OUT --layer 8x0", "--layer: expected a width and a height in pixels as in 1920x1080, got \"8x0\""},
     {"LABELS OUT --layer 20000x20000", "--layer: 20000x20000 pixels are above the limit of 268435456"},
+    {"LABELS --output a.#.png --layer 8x8 --count 2 --frames 1-2", "--layer takes --count or --frames, not both"},
     {"LABELS OUT --layer 8x8 --count 2",
      "--output: expected a name with # for the number of each layer, or -, got \"a.png\""},
     {"LABELS --output a.jpg --layer 8x8", "--output: the format of \"a.jpg\" has no alpha channel for a layer"},
@@ -543,6 +544,28 @@ TEST_F(OverlayStamp, ReplacesPlaceholdersInEachFrame)
     EXPECT_EQ(QImage("3/b.17.png"), QImage("4/b.17.png"));
     EXPECT_NE(QImage("0/frame.png"), QImage("0/b.17.png"));
     EXPECT_NE(QImage("1/b.17.png"), QImage("2/b.17.png"));
+}
+
+TEST_F(OverlayStamp, TakesThePictureThatAPathNamesForEachFrame)
+{
+    ASSERT_TRUE(QDir().mkdir("p"));
+    for (QString const name : {"a.1.png", "a.2.png", "a.3.png"})
+        writePicture(name, Qt::gray, {8, 8});
+    writePicture("p/1x8.png", Qt::red, {8, 8});
+    writePicture("p/3x8.png", Qt::blue, {4, 4});
+    writeLabels(R"({"contentType": "image", "image": "p/{frame}x{width}.png", "size": 8})");
+    EXPECT_EQ(run("--overlays labels.json --jobs 1 --quiet --output b.#.png a.#.png"),
+              Outcome(1, "",
+                      "a.2.png: labels.json: overlays[0].image: can't read \"p/2x8.png\": File not found\n"
+                      "1 of 3 frames failed\n"));
+    EXPECT_EQ(QImage("b.1.png").pixelColor(4, 4), QColor(Qt::red));
+    EXPECT_EQ(QImage("b.3.png").pixelColor(4, 4), QColor(Qt::blue));
+    auto const [exitCode, output, errors] = run("--overlays labels.json --max-pixels 60 --output c.png a.1.png");
+    EXPECT_EQ(exitCode, 1);
+    writeLabels(R"({"contentType": "image", "image": "{set:P}/1x{frame}.png", "size": 8})");
+    expectComplaint(
+        "--overlays labels.json --set P=p --output p/1x8.png a.#.png --frames 8",
+        "overlay-stamp: \"p/1x8.png\" is a picture of the overlay file, which only --force replaces (see --help)");
 }
 
 std::pair<char const*, QString> const texts[] = {{"Camera", "north"},

@@ -121,6 +121,15 @@ void at(QString const& place, Function const& function)
     }
 }
 
+std::string expandText(Template const& text, Placeholders const& values)
+{
+    QString const expanded = expand(text, values);
+    if (expanded.size() > maxTextLength)
+        throw std::runtime_error("has " + std::to_string(expanded.size()) + " characters in place of " +
+                                 std::to_string(maxTextLength) + " at most");
+    return expanded.toStdString();
+}
+
 } // namespace
 
 Scene::Scene(std::vector<OverlayEntry> const& entries, qint64 maxPixels)
@@ -141,19 +150,19 @@ Scene::~Scene()
     ztOpenSGUtils::setRoot(osg::NullFC);
 }
 
-void Scene::setTexts(Placeholders const& values)
+void Scene::setValues(Placeholders const& values)
 {
-    for (Item const& item : _items)
+    PixelLimit limit(_maxPixels);
+    for (Item& item : _items)
     {
-        if (!item.entry.text)
-            continue;
-        at(item.entry.place + ".text", [&] {
-            QString const text = expand(*item.entry.text, values);
-            if (text.size() > maxTextLength)
-                throw std::runtime_error("has " + std::to_string(text.size()) + " characters in place of " +
-                                         std::to_string(maxTextLength) + " at most");
-            setText(contentOf(item.node), text.toStdString());
-        });
+        OverlayEntry& entry = item.entry;
+        if (entry.text)
+            at(entry.place + ".text", [&] { setText(contentOf(item.node), expandText(*entry.text, values)); });
+        if (entry.imagePath)
+            at(entry.place + ".image", [&] {
+                if (readPicture(entry, values, limit))
+                    setPicture(contentOf(item.node), entry);
+            });
     }
 }
 

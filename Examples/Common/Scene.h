@@ -23,9 +23,11 @@ class Scene
     Scene& operator=(Scene const&) = delete;
     ~Scene();
 
-    /// Replaces the placeholders in the texts of all entries.
-    /// \throw std::runtime_error if there is no value for a placeholder or a text gets too long; what() names it
-    void setTexts(Placeholders const& values);
+    /// Replaces the placeholders in all entries: gives them their texts and pictures.
+    /// \throw std::runtime_error if there is no value for a placeholder, a text gets too long or a picture can't be
+    /// read;
+    ///     what() names it
+    void setValues(Placeholders const& values);
 
     /// Renders and places all overlays, hidden ones too, for a target of a size.
     /// \throw std::runtime_error if one is too large; what() names it

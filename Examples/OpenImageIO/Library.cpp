@@ -140,28 +140,57 @@ qint64 rowSize(int samples, int bits, bool isPacked)
     return qint64(samples) * (bits == 12 && !isPacked ? 16 : bits) / 8;
 }
 
-/// What a DPX file doesn't have its reader makes up.
-void requireWholeDpx(QString const& path, OIIO::ImageSpec const& spec)
+/// The beginning of a DPX file.
+class DpxHeader
 {
-    constexpr int headerSize = 2048, placeOfBits = 803, placeOfPacking = 804, placeOfEncoding = 806;
-    QFile file(path);
-    QByteArray const header = file.open(QIODevice::ReadOnly) ? file.read(headerSize) : QByteArray();
-    if (header.size() < headerSize)
-        fail("");
-    bool const isCompressed = header.mid(placeOfEncoding, 2) != QByteArray(2, '\0');
-    bool const isPacked = header.mid(placeOfPacking, 2) == QByteArray(2, '\0');
-    qint64 const row = rowSize(spec.width * spec.nchannels, uchar(header[placeOfBits]), isPacked);
-    qint64 const size = isCompressed ? 1 : row * spec.height;
-    for (int const placeOfOffset : {4, 808})
+  public:
+    explicit DpxHeader(QString const& path)
     {
-        char const* const bytes = header.constData() + placeOfOffset;
-        bool const isBigEndian = header.startsWith("SDPX");
-        auto const offset = isBigEndian ? qFromBigEndian<quint32>(bytes) : qFromLittleEndian<quint32>(bytes);
-        bool const isLeftOut = placeOfOffset > 4 && (offset == 0 || offset == ~0u);
-        if (!isLeftOut && offset + size > file.size())
+        constexpr int size = 2048;
+        QFile file(path);
+        _bytes = file.open(QIODevice::ReadOnly) ? file.read(size) : QByteArray();
+        _fileSize = file.size();
+        if (_bytes.size() < size)
             fail("");
     }
-}
+
+    /// Its reader and writer end the process where these are wrong.
+    void requireSizes() const
+    {
+        constexpr int placeOfUserSize = 32, placeOfRowPadding = 812, placeOfPadding = 816;
+        for (int const place : {placeOfUserSize, placeOfRowPadding, placeOfPadding})
+            if (hasNumber(place) && numberAt(place) > _fileSize)
+                fail("");
+    }
+
+    /// What a file doesn't have its reader makes up.
+    void requirePixels(OIIO::ImageSpec const& spec) const
+    {
+        constexpr int placeOfBits = 803, placeOfPacking = 804, placeOfEncoding = 806;
+        bool const isCompressed = _bytes.mid(placeOfEncoding, 2) != QByteArray(2, '\0');
+        bool const isPacked = _bytes.mid(placeOfPacking, 2) == QByteArray(2, '\0');
+        qint64 const row = rowSize(spec.width * spec.nchannels, uchar(_bytes[placeOfBits]), isPacked);
+        qint64 const size = isCompressed ? 1 : row * spec.height;
+        for (int const placeOfOffset : {4, 808})
+        {
+            bool const isLeftOut = placeOfOffset > 4 && !hasNumber(placeOfOffset);
+            if (!isLeftOut && numberAt(placeOfOffset) + size > _fileSize)
+                fail("");
+        }
+    }
+
+  private:
+    qint64 numberAt(int place) const
+    {
+        char const* const bytes = _bytes.constData() + place;
+        return _bytes.startsWith("SDPX") ? qFromBigEndian<quint32>(bytes) : qFromLittleEndian<quint32>(bytes);
+    }
+
+    bool hasNumber(int place) const { return numberAt(place) != 0 && numberAt(place) != 0xffffffff; }
+
+    QByteArray _bytes;
+    qint64 _fileSize = 0;
+};
 
 bool isLossless(QString const& webp)
 {
@@ -209,6 +238,8 @@ class File : public NativeFrame
     {
         if (!_input)
             fail(OIIO::geterror());
+        if (format == "dpx")
+            DpxHeader(path).requireSizes();
         OIIO::ImageSpec first, wishes;
         wishes.attribute("oiio:UnassociatedAlpha", 1); // multiplying by alpha and dividing again rounds
         require(_input->open(QFile::encodeName(path).toStdString(), first, wishes), *_input);
@@ -221,7 +252,7 @@ class File : public NativeFrame
         }
         static_cast<void>(_input->geterror()); // behind the last one
         if (format == "dpx")
-            requireWholeDpx(path, _parts[0].spec);
+            DpxHeader(path).requirePixels(_parts[0].spec);
         if (format == "webp")
             _parts[0].spec.attribute("compression", isLossless(path) ? "lossless" : "webp:95");
         if (_stamped == none)

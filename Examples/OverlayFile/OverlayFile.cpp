@@ -76,15 +76,30 @@ void readText(QJsonValue const& value, Source& source, OverlayEntry& entry)
     entry.writtenText = value.toString();
 }
 
-void readPicture(QJsonValue const& value, Source& source, OverlayEntry& entry)
+void readPicture(QString const& path, OverlayEntry& entry, PixelLimit& limit)
 {
-    entry.imageFile = source.folder.filePath(toText(value));
-    at("can't read " + shown(value), [&] {
-        if (VectorPicture::isOne(entry.imageFile))
-            entry.vectorPicture.emplace(entry.imageFile);
+    QString const file = QDir(entry.folder).filePath(path);
+    std::optional<VectorPicture> shapes;
+    std::optional<QImage> pixels;
+    at("can't read " + shown(path), [&] {
+        if (VectorPicture::isOne(file))
+            shapes.emplace(file);
         else
-            entry.image = toPixels(PictureFile(entry.imageFile, source.limit).read());
+            pixels = toPixels(PictureFile(file, limit).read());
     });
+    entry.imageFile = file;
+    entry.vectorPicture = std::move(shapes);
+    entry.image = std::move(pixels);
+}
+
+void readImage(QJsonValue const& value, Source& source, OverlayEntry& entry)
+{
+    entry.folder = source.folder.path();
+    Template const path = toTemplate(value, source.run);
+    if (isConstant(path))
+        readPicture(expand(path, {}), entry, source.limit);
+    else
+        entry.imagePath = path;
 }
 
 std::vector<float> toManyFractions(QJsonValue const& value)
@@ -161,7 +176,7 @@ std::map<QString, Key> const& entryKeys()
         {"font", {Placed, [](Value v, Source&, Entry e) { e.font = toUtf8(v); }}},
         {"fractions", {Safe, [](Value v, Source&, Entry e) { e.guide.fractions = toManyFractions(v); }}},
         {"guide", {AnyGuide, [](Value v, Source&, Entry e) { e.guide.kind = Guide::Kind(toChoice(v, guideNames())); }}},
-        {"image", {Placed, readPicture}},
+        {"image", {Placed, readImage}},
         {"length", {Cross, [](Value v, Source&, Entry e) { e.guide.length = toFraction(v); }}},
         {"lineWidth", {Lines, [](Value v, Source&, Entry e) { e.guide.lineWidth = toSize(v); }}},
         {"name", {Any, [](Value v, Source&, Entry e) { e.name = toUtf8(v); }}},
@@ -227,7 +242,7 @@ void checkWhole(OverlayEntry const& entry, QJsonObject const& object, QString co
         checkGuide(entry.guide, place, source);
     at(place + (isText ? ".text" : ".image"), [&] {
         expect(!isText || entry.text, "a string", QJsonValue::Undefined);
-        expect(!isPicture || entry.image || entry.vectorPicture, "a path", QJsonValue::Undefined);
+        expect(!isPicture || entry.image || entry.vectorPicture || entry.imagePath, "a path", QJsonValue::Undefined);
     });
     at(place + ".size", [&] {
         QJsonValue const size = object["size"];
@@ -296,6 +311,17 @@ std::vector<OverlayEntry> readOverlayFile(QString const& path, qint64 maxPixels,
     for (OverlayEntry& entry : entries)
         entry.place = path + ": " + entry.place;
     return entries;
+}
+
+bool readPicture(OverlayEntry& entry, Placeholders const& values, PixelLimit& limit)
+{
+    QString const path = expand(*entry.imagePath, values);
+    bool const isOther = entry.imageFile != QDir(entry.folder).filePath(path);
+    if (isOther)
+        readPicture(path, entry, limit);
+    else if (entry.image)
+        limit.add(entry.image->width(), entry.image->height());
+    return isOther;
 }
 
 } // namespace ztExamples

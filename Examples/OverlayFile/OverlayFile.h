@@ -58,6 +58,9 @@ struct OverlayEntry
     QString imageFile;
     /// Drawn in place of `image`, at the size that it is shown at.
     std::optional<VectorPicture> vectorPicture;
+    /// The path of a picture that differs from frame to frame and isn't read yet, relative to `folder`.
+    std::optional<Template> imagePath;
+    QString folder;
     Guide guide;
     std::optional<Shadow> shadow;
     /// Of the background around a text, in DPI-independent pixels.
@@ -74,5 +77,12 @@ constexpr int maxTextLength = 100000;
 ///     what() is a line that names file, key, value and what was expected
 std::vector<OverlayEntry> readOverlayFile(QString const& path, qint64 maxPixels = defaultMaxPixels,
                                           RunValues const& run = {});
+
+/// Reads an entry's picture for a frame, unless it is there already.
+/// \param entry  has an `imagePath`
+/// \param limit  counts the picture
+/// \return whether it is another one
+/// \throw std::runtime_error if it can't be read; what() is the reason, and the entry is as it was
+bool readPicture(OverlayEntry& entry, Placeholders const& values, PixelLimit& limit);
 
 } // namespace ztExamples

@@ -130,4 +130,14 @@ void setText(osg::OverlayPtr const& overlay, std::string const& text)
     osg::markChanged(overlay, osg::Overlay::TextFieldMask);
 }
 
+void setPicture(osg::OverlayPtr const& overlay, OverlayEntry const& entry)
+{
+    using O = osg::Overlay;
+    osg::setRefdCP(overlay->image, entry.image ? createImage(*entry.image) : osg::ImagePtr());
+    overlay->contentType = entry.vectorPicture ? contentGuide : osg::Int32(O::ContentImage);
+    overlay->sizeMode = entry.sizeMode.value_or(O::SizeAbsolute);
+    overlay->size = entry.size.value_or(12.0f);
+    osg::markChanged(overlay, O::ImageFieldMask | O::ContentTypeFieldMask | O::SizeModeFieldMask | O::SizeFieldMask);
+}
+
 } // namespace ztExamples

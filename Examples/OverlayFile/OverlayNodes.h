@@ -22,4 +22,7 @@ osg::OverlayPtr contentOf(osg::NodePtr const& node);
 /// Gives an overlay a text. It stays as it is, and needs no new rendering, if it has that text already.
 void setText(osg::OverlayPtr const& overlay, std::string const& text);
 
+/// Gives an overlay another picture, an entry's, and the entry's size.
+void setPicture(osg::OverlayPtr const& overlay, OverlayEntry const& entry);
+
 } // namespace ztExamples

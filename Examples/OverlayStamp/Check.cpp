@@ -21,6 +21,8 @@ QString describeContent(OverlayEntry const& entry)
     if (entry.contentType.value_or(osg::Overlay::ContentText) == osg::Overlay::ContentText)
         return "text " + shown(entry.writtenText) +
                (entry.font ? " in " + shown(QString::fromStdString(*entry.font)) : "");
+    if (entry.imagePath)
+        return "image whose path has placeholders";
     QSize const size = entry.vectorPicture ? entry.vectorPicture->size() : entry.image.value_or(QImage()).size();
     return QString("image %1 of %2 by %3 pixels").arg(shown(entry.imageFile)).arg(size.width()).arg(size.height());
 }

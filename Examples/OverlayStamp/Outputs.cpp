@@ -6,6 +6,7 @@
 #include <QFileInfo>
 
 #include <map>
+#include <stdexcept>
 #include <sys/stat.h>
 #include <tuple>
 
@@ -39,6 +40,23 @@ Identity identify(QString const& path)
     return {0, 0, QDir::cleanPath(file.absoluteFilePath())};
 }
 
+/// As far as they are known before the frames are read.
+QStringList findPictures(std::vector<FramePaths> const& frames, OverlayEntry const& entry)
+{
+    QStringList files;
+    for (std::size_t i = 0; i < frames.size(); ++i)
+        try
+        {
+            Placeholders const values{frames[i].input, i + 1, frames.size(), {}, frames[i].number};
+            files << QDir(entry.folder).filePath(expand(*entry.imagePath, values));
+        }
+        catch (std::runtime_error const&)
+        {
+            continue; // the frame's file says it
+        }
+    return files;
+}
+
 } // namespace
 
 void requireSafeOutputs(StampOptions const& options, std::vector<OverlayEntry> const& entries)
@@ -57,6 +75,9 @@ void requireSafeOutputs(StampOptions const& options, std::vector<OverlayEntry> c
     for (OverlayEntry const& entry : entries)
         if (!entry.imageFile.isEmpty())
             keep(entry.imageFile, "a picture of the overlay file");
+        else if (entry.imagePath)
+            for (QString const& file : findPictures(options.frames, entry))
+                keep(file, "a picture of the overlay file");
     for (FramePaths const& frame : options.writesPipe ? std::vector<FramePaths>() : options.frames)
     {
         auto const [use, isFree] = uses.emplace(identify(frame.output), "\"" + frame.output + "\" too");

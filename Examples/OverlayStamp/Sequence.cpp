@@ -195,7 +195,7 @@ class Sequence
         {
             Frame frame = taken.frame.get();
             taken.names.values.info = frame.info;
-            _scene.setTexts(taken.names.values);
+            _scene.setValues(taken.names.values);
             _scene.stamp(frame.pixels, osg::NullFC);
             return {paths, taken.room, run(_pool, [this, paths, frame = std::move(frame)]() mutable {
                         return encode(std::move(frame), paths.output);

@@ -109,7 +109,7 @@ void ScreenOverlays::show(Placeholders const& values)
     _poolRoot = ztOverlays::getOverlayPoolRoot();
     _panel = _poolRoot->children[0];
     _status = overlayOf(_poolRoot->children[1]);
-    _scene->setTexts(values);
+    _scene->setValues(values);
     if (QSize const size(_viewport->pixelWidth, _viewport->pixelHeight); !size.isEmpty())
         _scene->layOut(size);
     ztOverlays::addOverlays(_viewport);
@@ -117,7 +117,7 @@ void ScreenOverlays::show(Placeholders const& values)
 
 void ScreenOverlays::setTexts(Placeholders const& values)
 {
-    _scene->setTexts(values);
+    _scene->setValues(values);
     setPanel(helpText); // as its entry says, too
 }
 

@@ -124,11 +124,13 @@ def check_hostile():
             "none.exr": (patched("half.exr", box, "<4i", 0, 0, -1, -1), "data window"),
             "offset.dpx": (patched("10.dpx", 4, ">I", 10 ** 7), "cut off"), "empty.exr": (b"", "format"),
             "mip.exr": (open("mip.exr", "rb").read(), "levels"), "ink.tif": (open("ink.tif", "rb").read(), "CMYK"),
+            "user.dpx": (patched("10.dpx", 32, ">I", 1 << 31), "cut off"),
+            "rows.dpx": (patched("12.dpx", 812, ">I", 1 << 30), "cut off"),
             "deep.ppm": (b"P6\n# maxval\n1 1\n65535\n123456", "16 bits")}
     for name, (content, _) in rows.items():
         open(name, "wb").write(content)
     lines = "".join(f"{name}: can't read it: .*{reason}.*\n" for name, (_, reason) in rows.items())
-    stamp("--output-dir", "rest", *rows, "half.exr", errors=lines + "11 of 12 frames failed\n", code=1)
+    stamp("--output-dir", "rest", *rows, "half.exr", errors=lines + "13 of 14 frames failed\n", code=1)
     assert os.listdir("rest") == ["half.exr"]
     stamp("--output-dir", "x", "--frame-space", "linaer", "half.exr", code=2,
           errors='--frame-space: .*linear, sRGB, Rec709, got "linaer", did you mean "linear"\\?\n')

@@ -73,9 +73,12 @@ def check_files(most):
     frame = create(FORMS[1])
     Path("frame.ppm").write_bytes(frame)
     stamp("stamped.ppm", "frame.ppm")
-    stamp("layer.##.png", "--layer", "40x30", "--count", "1")
+    stamp("layer.##.png", "--layer", "40x30", "--frames", "1")
     direct = Path("stamped.ppm").read_bytes()
-    assert distance(direct, stamp("-", "-", stream=frame)) <= most
+    streamed = stamp("-", "-", stream=frame)
+    assert distance(direct, streamed) <= most
+    stamp("still.##.ppm", "-", stream=frame)
+    assert Path("still.00.ppm").read_bytes() == streamed
     if sys.argv[2:]:
         merge = "--iconfig oiio:UnassociatedAlpha 1 layer.01.png --premult frame.ppm --ch R,G,B,A=1 --over --ch R,G,B"
         subprocess.run([sys.argv[2], *merge.split(), "-d", "uint8", "-o", "merged.ppm"], check=True)

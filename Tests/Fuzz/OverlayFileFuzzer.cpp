@@ -32,7 +32,8 @@ void check(ztExamples::OverlayEntry const& entry)
 {
     bool const isText = entry.contentType.value_or(0) == osg::Overlay::ContentText;
     bool const isGuide = entry.contentType == ztExamples::contentGuide;
-    require(isText ? bool(entry.text) : isGuide || entry.image || entry.vectorPicture, "there is something to show");
+    require(isText ? bool(entry.text) : isGuide || entry.image || entry.vectorPicture || entry.imagePath,
+            "there is something to show");
     require(isText || (!entry.shadow && !entry.padding), "only texts have something beneath");
     for (QRect const& part : isGuide ? layOut(entry.guide, {70, 40}, {1.5, 1.5}) : std::vector<QRect>())
         require(part.isEmpty() || QRect(0, 0, 70, 40).contains(part), "guides stay in the frame");
