@@ -124,8 +124,8 @@ def check_hostile():
             "none.exr": (patched("half.exr", box, "<4i", 0, 0, -1, -1), "data window"),
             "offset.dpx": (patched("10.dpx", 4, ">I", 10 ** 7), "cut off"), "empty.exr": (b"", "format"),
             "mip.exr": (open("mip.exr", "rb").read(), "levels"), "ink.tif": (open("ink.tif", "rb").read(), "CMYK"),
-            "user.dpx": (patched("10.dpx", 32, ">I", 1 << 31), "cut off"),
-            "rows.dpx": (patched("12.dpx", 812, ">I", 1 << 30), "cut off"),
+            "user.dpx": (patched("10.dpx", 32, ">I", 0xf0f0f0f0), "cut off"),
+            "rows.dpx": (patched("12.dpx", 812, ">I", 0x70707070), "cut off"),
             "deep.ppm": (b"P6\n# maxval\n1 1\n65535\n123456", "16 bits")}
     for name, (content, _) in rows.items():
         open(name, "wb").write(content)
