@@ -296,7 +296,7 @@ TEST_F(WindowOfProcess, ShowsMeshAndOverlaysWhereStampingPutsThem)
     EXPECT_EQ(redPart(shown), QRect(10, 303 - 40, 40, 20));
     QImage pixels = toPixels(mesh);
     Scene scene(readOverlayFile("labels.json"));
-    scene.setTexts({"built-in shape", 1, 1});
+    scene.setValues({"built-in shape", 1, 1});
     scene.stamp(pixels, osg::NullFC);
     EXPECT_LE(difference(shown, pixels.mirrored()), 1);
 
