@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <new>
 #include <system_error>
 
@@ -12,8 +13,6 @@ namespace ztExamples
 
 namespace
 {
-
-std::FILE* const errors = stderr;
 
 /// Why something printed on the standard output stream hasn't arrived.
 std::atomic<int> outputError = 0;
@@ -79,8 +78,7 @@ void requireOutput()
 
 void printError(QString const& message)
 {
-    std::fputs(toLine(message).constData(), errors);
-    std::fflush(errors);
+    std::fputs(toLine(message).constData(), stderr);
 }
 
 QString reasonOf(std::exception const& error)
@@ -89,19 +87,9 @@ QString reasonOf(std::exception const& error)
     return isMemory ? "Not enough memory" : QString::fromUtf8(error.what());
 }
 
-std::FILE* errorStream()
-{
-    return errors;
-}
-
 void quietenLibraries()
 {
     qInstallMessageHandler(handle);
-#ifdef __GLIBC__
-    // libpng writes what is wrong with a picture, which Qt reports too, to a stream that is a variable here.
-    if (std::FILE* const nowhere = std::fopen("/dev/null", "w"))
-        stderr = nowhere;
-#endif
 }
 
 } // namespace ztExamples

@@ -4,7 +4,6 @@
 
 #include <QString>
 
-#include <cstdio>
 #include <exception>
 
 namespace ztExamples
@@ -25,12 +24,9 @@ void printError(QString const& message);
 /// What an exception says.
 QString reasonOf(std::exception const& error);
 
-/// The standard error stream.
-std::FILE* errorStream();
-
 /// Leaves out the libraries' notes on their surroundings and on broken files, which aren't the user's concern: what
 /// fails is in the host's own messages. Qt's severe ones are errors, and where it can't go on the process ends with the
-/// exit code 1. `stderr` leads nowhere from then on.
+/// exit code 1.
 void quietenLibraries();
 
 } // namespace ztExamples

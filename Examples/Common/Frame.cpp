@@ -141,7 +141,11 @@ FrameFile openNative(QString const& path, QByteArray const& format, QByteArray c
     if (isCut(path))
         throw std::runtime_error("The file is cut off");
     bool const isConverted = output.isEmpty() || !format.contains(output);
-    FrameFile file{std::nullopt, nativeFrames().open(path, format, rules.space, isConverted)};
+    FrameFile file;
+    PixelLimit limit(rules.maxPixels);
+    if (format == "png")
+        file.picture.emplace(path, limit);
+    file.native = nativeFrames().open(path, format, rules.space, isConverted);
     for (QSize const& size : file.native->pictureSizes())
         PixelLimit(rules.maxPixels).add(size.width(), size.height());
     bool const isHeld = format == "png" || format == "hdr";
@@ -259,6 +263,8 @@ catch (std::runtime_error const& error)
 Frame readFrame(FrameFile file)
 try
 {
+    if (file.native && file.picture)
+        file.picture->read(); // says what is wrong with it before OpenImageIO's reader prints that
     Frame frame = file.native ? readNative(std::move(file.native)) : readPicture(*file.picture);
     frame.metadata = std::move(file.metadata);
     return frame;

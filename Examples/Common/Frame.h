@@ -20,8 +20,8 @@ namespace ztExamples
 /// A file, of which no more than the beginning has been read.
 struct FrameFile
 {
-    /// Of 8 bits a channel. Else there is the other one.
-    std::optional<PictureFile> picture;
+    /// Of 8 bits a channel, or a native one's PNG file. Else there is only the other one.
+    std::optional<PictureFile> picture = std::nullopt;
     std::unique_ptr<NativeFrame> native = nullptr;
     FileMetadata metadata = {};
     /// How many pixels of 16 bytes the frame takes at most on its way. Nothing if the file doesn't tell.

@@ -68,7 +68,9 @@ PictureFile::PictureFile(QString const& path, PixelLimit& limit) : _reader(std::
         return;
     if (!isTold)
         fail("Its format doesn't tell its size beforehand");
-    _size = _reader->size();
+    if (_reader->format() == "png")
+        _png.emplace(*_reader->device());
+    _size = _png ? _png->size() : _reader->size();
     if (_size.isEmpty())
         fail("Unable to read image data");
     limit.add(_size.width(), _size.height());
@@ -76,6 +78,8 @@ PictureFile::PictureFile(QString const& path, PixelLimit& limit) : _reader(std::
 
 QImage PictureFile::read() const
 {
+    if (_png)
+        return _png->read();
     QImage const picture = _reader->read();
     if (picture.isNull())
         fail(_reader->errorString());

@@ -3,11 +3,13 @@
 #pragma once
 
 #include "OSGImage.h"
+#include "Png.h"
 
 #include <QImage>
 #include <QImageReader>
 
 #include <memory>
+#include <optional>
 
 namespace ztExamples
 {
@@ -51,6 +53,7 @@ class PictureFile
 
   private:
     std::unique_ptr<QImageReader> _reader;
+    std::optional<PngFile> _png;
     QSize _size;
 };
 

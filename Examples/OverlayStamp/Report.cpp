@@ -82,13 +82,13 @@ void Report::showProgress()
                              .arg(_frameCount)
                              .arg(rate, 0, 'f', 1)
                              .arg(toClock(double(_frameCount - _reported) / rate));
-    std::fputs(line.toUtf8().constData(), errorStream());
+    std::fputs(line.toUtf8().constData(), stderr);
 }
 
 void Report::hideProgress() const
 {
     if (_hasBar)
-        std::fputs("\r\x1b[K", errorStream());
+        std::fputs("\r\x1b[K", stderr);
 }
 
 } // namespace ztExamples

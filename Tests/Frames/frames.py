@@ -119,7 +119,7 @@ def check_hostile():
     subprocess.run(["oiiotool", "half.exr", "-otex", "mip.exr"], check=True)
     write("ink.tif", "uint8", attributes={"tiff:ColorSpace": "CMYK"})
     rows = {"cut.exr": (cut("half.exr"), "end of file"), "cut.dpx": (cut("10.dpx"), "cut off"),
-            "cut.tif": (cut("16.tif"), "read"), "cut.png": (cut("16.png"), "end of file"),
+            "cut.tif": (cut("16.tif"), "read"), "cut.png": (cut("16.png"), "image data"),
             "huge.exr": (patched("half.exr", b"displayWindow\0box2i\0", "<4i", 0, 0, 99999, 99999), "above the limit"),
             "none.exr": (patched("half.exr", box, "<4i", 0, 0, -1, -1), "data window"),
             "offset.dpx": (patched("10.dpx", 4, ">I", 10 ** 7), "cut off"), "empty.exr": (b"", "format"),
