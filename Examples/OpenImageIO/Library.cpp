@@ -199,6 +199,18 @@ bool isLossless(QString const& webp)
     return file.open(QIODevice::ReadOnly) && file.peek(metadataSize).contains("VP8L");
 }
 
+/// A color profile of what the pixels no longer are, or never were, which some writers refuse.
+void dropOtherProfile(OIIO::ImageSpec& spec)
+{
+    constexpr std::size_t placeOfSpace = 16;
+    OIIO::ParamValue const* const profile = spec.find_attribute("ICCProfile");
+    if (!profile || std::size_t(profile->datasize()) < placeOfSpace + 4)
+        return;
+    std::string const space(static_cast<char const*>(profile->data()) + placeOfSpace, 4);
+    if (space != (spec.nchannels < 3 ? "GRAY" : "RGB "))
+        spec.erase_attribute("ICCProfile");
+}
+
 /// What writers make up or change otherwise.
 void keepAsIs(OIIO::ImageSpec& spec, std::string const& format)
 {
@@ -206,6 +218,7 @@ void keepAsIs(OIIO::ImageSpec& spec, std::string const& format)
     if (isDated && !spec.find_attribute("DateTime"))
         spec.attribute("DateTime", 0); // is no date, so that none is written
     spec.attribute("tiff:half", 1);
+    dropOtherProfile(spec);
 }
 
 /// Of deflating, where the format does.
