@@ -7,18 +7,16 @@
 /// Makes ready what glDrawArrays(GL_TRIANGLES, 0, 3) shows in the current context.
 inline void prepareTriangle()
 {
-    char const* const sources[] = {
-        "#version 330 core\nout vec3 tint; void main() { int i = gl_VertexID; tint = vec3(i == 0, i == 1, i == 2);"
-        "gl_Position = vec4(0.8 * (i - 1), 1.6 * (i % 2) - 0.8, 0, 1); }",
-        "#version 330 core\nin vec3 tint; out vec4 color; void main() { color = vec4(tint, 1); }"};
     GLuint const program = glCreateProgram();
-    for (int i = 0; i < 2; ++i)
-    {
-        GLuint const shader = glCreateShader(i == 0 ? GL_VERTEX_SHADER : GL_FRAGMENT_SHADER);
-        glShaderSource(shader, 1, &sources[i], nullptr);
+    auto const attach = [program](GLenum kind, char const* source) {
+        GLuint const shader = glCreateShader(kind);
+        char const* const parts[] = {"#version 330 core\n", source};
+        glShaderSource(shader, 2, parts, nullptr);
         glCompileShader(shader);
         glAttachShader(program, shader);
-    }
+    };
+    attach(GL_VERTEX_SHADER, "void main() { gl_Position = vec4(gl_VertexID - 1, gl_VertexID % 2 * 2 - 1, 0, 1.25); }");
+    attach(GL_FRAGMENT_SHADER, "out vec4 color; void main() { color = vec4(gl_FragCoord.xy / 640, 0.5, 1); }");
     glLinkProgram(program);
     glUseProgram(program);
     GLuint corners; // none are read, but the core profile asks for an array

@@ -14,7 +14,6 @@
 #include <GLFW/glfw3.h>
 
 #include <iostream>
-#include <utility>
 
 namespace
 {
@@ -42,12 +41,13 @@ void createLogo(char const* path)
 }
 
 // A viewport's list holds no references: what goes leaves the list first.
-void remove(osg::NodePtr const& node, osg::Viewport& viewport)
+void remove(osg::NodePtr& label, osg::Viewport& viewport)
 {
-    osg::NodePtr const parent = node->parent;
-    viewport.subForeground(osg::dynamicCast<osg::Overlay>(node->core)->foreground);
-    parent->subChild(node); // its last reference: the label is gone
-    osg::markChanged(parent, osg::Node::ChildrenFieldMask);
+    osg::NodePtr const pool = label->parent;
+    viewport.subForeground(osg::dynamicCast<osg::Overlay>(label->core)->foreground);
+    pool->subChild(label); // its last reference: the label is gone
+    label = osg::NullFC;
+    osg::markChanged(pool, osg::Node::ChildrenFieldMask);
 }
 
 void save(osg::Viewport& viewport, char const* path)
@@ -106,7 +106,7 @@ int main(int argc, char** argv)
         glfwSwapBuffers(window);
         glfwPollEvents();
         if (label != osg::NullFC && (argc == 4 || glfwGetKey(window, GLFW_KEY_R) == GLFW_PRESS))
-            remove(std::exchange(label, osg::NullFC), *viewport);
+            remove(label, *viewport);
     }
     action.release(); // while its context is there
     ztOpenSGUtils::setRoot(osg::NullFC);
