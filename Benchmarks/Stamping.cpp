@@ -19,7 +19,7 @@ struct Stamping
         : scene(ztExamples::readOverlayFile(ZT_SAMPLE_DATA "/overlays.json")),
           frame(size, QImage::Format_RGBA8888_Premultiplied)
     {
-        scene.setTexts({"frame_0012.png", 12, 240});
+        scene.setValues({"frame_0012.png", 12, 240});
         ztOverlays::getAllVisibleOverlays(overlays);
         frame.fill(QColor(90, 110, 130));
         logo = logo.convertToFormat(frame.format());

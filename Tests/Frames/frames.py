@@ -1,5 +1,5 @@
 # Frames of any depth: what overlay-stamp writes, judged by OpenImageIO and NumPy. Usage: frames.py PROGRAM
-import os, re, struct, subprocess, sys, tempfile, zlib
+import os, re, shutil, struct, subprocess, sys, tempfile, zlib
 
 import numpy as np
 import OpenImageIO as oiio
@@ -25,6 +25,13 @@ FRAMES = {
     "16.tif": {"type": "uint16", "channels": "RGBA", "attributes": STRAIGHT},
     "16.png": {"type": "uint16", "channels": "RGBA", "attributes": PNG},
     "8.tga": {"type": "uint8", "channels": "RGBA", "attributes": {**STRAIGHT, "compression": "rle"}}}
+oiio.attribute("debug", 0)  # says what isn't wrong
+SCENE = """camera {look_at z} background {rgb <0.1, 0.2, 0.3>} light_source {<-2, 2, -2>, rgb 1}
+           sphere {3 * z, 1 pigment {rgb <0.9, 0.5, 0.1>} finish {phong 1}}"""
+if shutil.which("povray"):
+    FRAMES["rendered.png"] = {"type": "uint16"}
+else:
+    print("A rendered frame is left out: there is no povray")
 CONVERSIONS = {"half.png": "half.exr", "half.tif": "half.exr", "c.dpx": "cropped.exr", "16.exr": "16.png",
                "10.tif": "10.dpx", "16b.dpx": "16.tif"}
 
@@ -45,6 +52,9 @@ def write(name, type, channels="RGB", attributes={}, data=(0, 0), display=(96, 6
         pixels[60, :3, 0] = np.nan, np.inf, -1e5
     output = oiio.ImageOutput.create(name)
     assert output.open(name, spec) and output.write_image(pixels) and output.close(), output.geterror()
+    if name == "rendered.png":
+        open("scene.pov", "w").write(SCENE)
+        subprocess.run(["povray", "+FN16", "+W96", "+H64", "-D", "+Iscene.pov", "+O" + name], capture_output=True, check=True)
     if name == "parts.exr":
         subprocess.run(["oiiotool", name, "lossy.exr", "--siappend", "-o", name], check=True)
     if name == "mixed.exr":
