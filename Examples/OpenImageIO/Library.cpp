@@ -2,7 +2,9 @@
 
 #include "Colors.h"
 #include "Convert.h"
+#include "Dpx.h"
 #include "ExrChunks.h"
+#include "Failure.h"
 #include "Merge.h"
 #include "NativeFrame.h"
 #include "Parts.h"
@@ -11,7 +13,6 @@
 #include <OpenImageIO/strutil.h>
 
 #include <QFile>
-#include <QtEndian>
 
 #include <algorithm>
 #include <stdexcept>
@@ -22,13 +23,6 @@ namespace ztExamples
 
 namespace
 {
-
-/// The first line says it; others say it of each strip.
-[[noreturn]] void fail(std::string const& reason)
-{
-    QString const line = QString::fromStdString(reason).section('\n', 0, 0, QString::SectionSkipEmpty);
-    throw std::runtime_error(line.isEmpty() ? "The file is cut off or damaged" : line.simplified().toStdString());
-}
 
 template <class File>
 void require(bool isDone, File const& file)
@@ -132,66 +126,6 @@ void requireKind(OIIO::ImageSpec const& spec)
         fail("Pictures in " + colors + " aren't stamped");
 }
 
-/// How many bytes a row of a DPX file has at least: https://pub.smpte.org/doc/st268-1/
-qint64 rowSize(int samples, int bits, bool isPacked)
-{
-    if (bits == 10 && !isPacked)
-        return qint64(samples + 2) / 3 * 4;
-    return qint64(samples) * (bits == 12 && !isPacked ? 16 : bits) / 8;
-}
-
-/// The beginning of a DPX file.
-class DpxHeader
-{
-  public:
-    explicit DpxHeader(QString const& path)
-    {
-        constexpr int size = 2048;
-        QFile file(path);
-        _bytes = file.open(QIODevice::ReadOnly) ? file.read(size) : QByteArray();
-        _fileSize = file.size();
-        if (_bytes.size() < size)
-            fail("");
-    }
-
-    /// Its reader and writer end the process where these are wrong.
-    void requireSizes() const
-    {
-        constexpr int placeOfUserSize = 32, placeOfRowPadding = 812, placeOfPadding = 816;
-        for (int const place : {placeOfUserSize, placeOfRowPadding, placeOfPadding})
-            if (hasNumber(place) && numberAt(place) > _fileSize)
-                fail("");
-    }
-
-    /// What a file doesn't have its reader makes up.
-    void requirePixels(OIIO::ImageSpec const& spec) const
-    {
-        constexpr int placeOfBits = 803, placeOfPacking = 804, placeOfEncoding = 806;
-        bool const isCompressed = _bytes.mid(placeOfEncoding, 2) != QByteArray(2, '\0');
-        bool const isPacked = _bytes.mid(placeOfPacking, 2) == QByteArray(2, '\0');
-        qint64 const row = rowSize(spec.width * spec.nchannels, uchar(_bytes[placeOfBits]), isPacked);
-        qint64 const size = isCompressed ? 1 : row * spec.height;
-        for (int const placeOfOffset : {4, 808})
-        {
-            bool const isLeftOut = placeOfOffset > 4 && !hasNumber(placeOfOffset);
-            if (!isLeftOut && numberAt(placeOfOffset) + size > _fileSize)
-                fail("");
-        }
-    }
-
-  private:
-    qint64 numberAt(int place) const
-    {
-        char const* const bytes = _bytes.constData() + place;
-        return _bytes.startsWith("SDPX") ? qFromBigEndian<quint32>(bytes) : qFromLittleEndian<quint32>(bytes);
-    }
-
-    bool hasNumber(int place) const { return numberAt(place) != 0 && numberAt(place) != 0xffffffff; }
-
-    QByteArray _bytes;
-    qint64 _fileSize = 0;
-};
-
 bool isLossless(QString const& webp)
 {
     constexpr qint64 metadataSize = 1 << 16;
@@ -265,7 +199,7 @@ class File : public NativeFrame
         }
         static_cast<void>(_input->geterror()); // behind the last one
         if (format == "dpx")
-            DpxHeader(path).requirePixels(_parts[0].spec);
+            DpxHeader(path).requirePixels(_parts[0].spec.width * _parts[0].spec.nchannels, _parts[0].spec.height);
         if (format == "webp")
             _parts[0].spec.attribute("compression", isLossless(path) ? "lossless" : "webp:95");
         if (_stamped == none)
