@@ -152,6 +152,8 @@ void keepAsIs(OIIO::ImageSpec& spec, std::string const& format)
     if (isDated && !spec.find_attribute("DateTime"))
         spec.attribute("DateTime", 0); // is no date, so that none is written
     spec.attribute("tiff:half", 1);
+    spec.attribute("dpx:EndOfLinePadding", 0); // it would take from behind the pixels
+    spec.attribute("dpx:EndOfImagePadding", 0);
     dropOtherProfile(spec);
 }
 
