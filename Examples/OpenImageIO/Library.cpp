@@ -32,12 +32,31 @@ void require(bool isDone, File const& file)
         fail(reason);
 }
 
-/// Reads all of a part. Some readers fill up what is missing, and only have an error then.
+/// Some readers fill up what is missing, and only have an error then; some have one for each row, of which a million
+/// would end the process.
+void readRows(OIIO::ImageInput& input, int part, Part const& rows)
+{
+    constexpr int mostAtOnce = 256; // of which some files make a chunk
+    OIIO::ImageSpec const& spec = rows.spec;
+    for (int done = 0; done < spec.height; done += mostAtOnce)
+    {
+        int const y = spec.y + done, end = std::min(y + mostAtOnce, spec.y + spec.height);
+        bool const isRead =
+            input.read_scanlines(part, 0, y, end, 0, 0, spec.nchannels, OIIO::TypeUnknown, rows.at(spec.x, y, 0));
+        require(isRead && !input.has_error(), input);
+    }
+}
+
 Part readPart(OIIO::ImageInput& input, int index)
 {
     input.seek_subimage(index, 0);
     Part part{input.spec(), nullptr};
     part.pixels = allocatePixels(part.spec);
+    if (part.spec.tile_width == 0)
+    {
+        readRows(input, index, part);
+        return part;
+    }
     bool const isRead = input.read_image(index, 0, 0, part.spec.nchannels, OIIO::TypeUnknown, part.pixels.get());
     require(isRead && !input.has_error(), input);
     return part;
@@ -348,9 +367,7 @@ class File : public NativeFrame
         band.spec.y = y;
         band.spec.height = height;
         band.pixels = allocatePixels(band.spec);
-        bool const isRead = _input->read_scanlines(int(_stamped), 0, y, y + height, 0, 0, band.spec.nchannels,
-                                                   OIIO::TypeUnknown, band.pixels.get());
-        require(isRead && !_input->has_error(), *_input);
+        readRows(*_input, int(_stamped), band);
         return band;
     }
 
