@@ -95,12 +95,14 @@ def video(stamp, case, suffix, size, count):
         boxes.append(f"drawtext=fontfile={font_file(font)}:textfile={case}/{i}.txt:fontcolor={color}:"
                      f"fontsize={round(height * size[1])}:x={round(x * size[1])}:y={round(y * size[1])}"
                      + (f":box=1:boxcolor={background}" if background != "none" else ""))
-    read = f"ffmpeg -v error -i '{film}'"
-    return {
-        "ours, by pipe": ["bash", "-c", f"set -o pipefail; {read} -f image2pipe -c:v pam - | '{stamp}' --quiet --overlays "
-                          f"'{labels}' --output - - | ffmpeg -v error -f image2pipe -c:v pam -i - -f null -"],
-        "ffmpeg drawtext": ["bash", "-c", f"{read} -vf '{','.join(boxes)}' -f null -"],
-    }
+    read, drawn = f"ffmpeg -v error -i '{film}'", f"-vf '{','.join(boxes)}'"
+    to_pipe, from_pipe = "-f image2pipe -c:v pam -", "ffmpeg -v error -f image2pipe -c:v pam -i - -f null -"
+    ours = f"'{stamp}' --quiet --overlays '{labels}' --output - -"
+    return {name: ["bash", "-c", "set -o pipefail; " + command] for name, command in {
+        "ours, by pipe": f"{read} {to_pipe} | {ours} | {from_pipe}",
+        "ffmpeg drawtext, by pipe": f"{read} {drawn} {to_pipe} | cat | {from_pipe}",
+        "cat, by pipe": f"{read} {to_pipe} | cat | {from_pipe}",
+        "ffmpeg drawtext": f"{read} {drawn} -f null -"}.items()}
 
 
 def font_file(name):

@@ -15,6 +15,7 @@ FRAMES = {
     "undated.exr": {"type": "half", "attributes": {"DateTime": 0}}, "signed.tif": {"type": "int16"},
     "half.tif": {"type": "half", "attributes": {"tiff:half": 1, "DateTime": 0}},
     "lossy.exr": {"type": "half", "attributes": {"compression": "dwaa"}}, "parts.exr": {"type": "half"},
+    "noise.exr": {"type": "half"}, "noise.dpx": {"type": "uint16"}, "noise.tif": {"type": "float"},
     "mixed.exr": {"type": "half", "channels": "RGBAZI"}, "16.dpx": {"type": "uint16"},
     "cropped.exr": {"type": "half", "data": (20, 10), "display": (128, 80)},
     "overscan.exr": {"type": "half", "data": (-16, -8), "display": (64, 48)},
@@ -55,6 +56,8 @@ def write(name, type, channels="RGB", attributes={}, data=(0, 0), display=(96, 6
     if name == "rendered.png":
         open("scene.pov", "w").write(SCENE)
         subprocess.run(["povray", "+FN16", "+W96", "+H64", "-D", "+Iscene.pov", "+O" + name], capture_output=True, check=True)
+    if name.startswith("noise"):
+        subprocess.run(["oiiotool", "--pattern", "noise:mono=0", "96x64", "3", "-d", type, "-o", name], check=True)
     if name == "parts.exr":
         subprocess.run(["oiiotool", name, "lossy.exr", "--siappend", "-o", name], check=True)
     if name == "mixed.exr":
