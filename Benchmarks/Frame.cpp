@@ -130,7 +130,8 @@ void countShown(Scene& scene)
 {
     scene.counted = 0;
     for (NodePtr const& node : scene.root->children)
-        scene.counted += node->travMask == 0xFFFFFFFF && node->core->getRefCount() > 0 && node->children.empty();
+        scene.counted +=
+            node->travMask == osg::Node::AllTravMask && node->core->getRefCount() > 0 && node->children.empty();
 }
 
 void visit(Scene& scene)

@@ -26,7 +26,7 @@ inline bool isPicture(osg::Overlay const& overlay)
 }
 
 /// The `travMask` of a shown node. Any other value hides it.
-constexpr osg::UInt32 shownMask = 0xFFFFFFFF;
+constexpr osg::UInt32 shownMask = osg::Node::AllTravMask;
 
 inline bool isShown(osg::Node const& node)
 {
