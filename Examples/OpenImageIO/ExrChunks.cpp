@@ -29,31 +29,27 @@ int behindText(QByteArray const& file, int place)
     return end < 0 ? int(file.size()) : end + 1;
 }
 
-/// Of a method of compression, by its number in the file. 0: there is none of this number.
-int rowsInChunk(uchar method)
-{
-    static constexpr std::array rows = {1, 1, 1, 16, 32, 16, 32, 32, 32, 256};
-    return method < rows.size() ? rows[method] : 0;
-}
+/// By the number of the method of compression.
+constexpr std::array rowCounts = {1, 1, 1, 16, 32, 16, 32, 32, 32, 256};
 
 /// Goes over attributes, each a name, a type, a size and so many bytes, to behind the zero at their end.
-/// \return how many rows are in a chunk; 0 if it is no header
+/// \return the method of compression; a negative number if it is no header, or of no known method
 int skipHeader(QByteArray const& file, int& place)
 {
-    int rows = 0;
+    int method = -1;
     while (place < file.size() && file[place] != '\0')
     {
         bool const isCompression = std::strcmp(file.constData() + place, "compression") == 0;
         int const size = behindText(file, behindText(file, place)), content = size + numberSize;
         qint32 const count = numberAt<qint32>(file, size);
         if (count < 0 || count > file.size() - content)
-            return 0;
+            return -1;
         if (isCompression)
-            rows = rowsInChunk(numberAt<uchar>(file, content));
+            method = numberAt<uchar>(file, content);
         place = content + count;
     }
     ++place;
-    return rows;
+    return method < int(rowCounts.size()) ? method : -1;
 }
 
 } // namespace
@@ -62,7 +58,7 @@ std::optional<ExrChunks> ExrChunks::find(QByteArray const& file, std::vector<QRe
 {
     ExrChunks found;
     found._file = file;
-    bool const isRight = found.findParts() && found._rowCounts.size() == windows.size() && found.findChunks(windows);
+    bool const isRight = found.findParts() && found._methods.size() == windows.size() && found.findChunks(windows);
     return isRight ? std::optional(std::move(found)) : std::nullopt;
 }
 
@@ -75,18 +71,18 @@ bool ExrChunks::findParts()
         return false;
     int place = 2 * numberSize;
     do
-        _rowCounts.push_back(skipHeader(_file, place));
-    while (hasParts && _rowCounts.back() > 0 && numberAt<char>(_file, place) != '\0');
+        _methods.push_back(skipHeader(_file, place));
+    while (hasParts && _methods.back() >= 0 && numberAt<char>(_file, place) != '\0');
     _table = place + (hasParts ? 1 : 0);
     _prefixSize = hasParts ? numberSize : 0;
-    return _rowCounts.back() > 0;
+    return _methods.back() >= 0;
 }
 
 bool ExrChunks::findChunks(std::vector<QRect> const& windows)
 {
     int entry = _table;
     for (std::size_t part = 0; part < windows.size(); ++part)
-        for (int index = 0; index * qint64(_rowCounts[part]) < windows[part].height(); ++index)
+        for (int index = 0; index * qint64(rowCount(part)) < windows[part].height(); ++index)
         {
             auto const begin = numberAt<quint64>(_file, entry);
             if (begin < quint64(_table) || begin >= quint64(_file.size()))
@@ -108,8 +104,13 @@ bool ExrChunks::isRight(Chunk const& chunk, QRect const& window) const
     int const place = chunk.begin + _prefixSize;
     qint32 const size = numberAt<qint32>(_file, place + numberSize);
     return (_prefixSize == 0 || numberAt<qint32>(_file, chunk.begin) == qint32(chunk.part)) &&
-           numberAt<qint32>(_file, place) == window.y() + chunk.index * _rowCounts[chunk.part] && size >= 0 &&
+           numberAt<qint32>(_file, place) == window.y() + chunk.index * rowCount(chunk.part) && size >= 0 &&
            size <= chunk.end - place - 2 * numberSize;
+}
+
+int ExrChunks::rowCount(std::size_t part) const
+{
+    return rowCounts[std::size_t(_methods[part])];
 }
 
 ExrChunks::Chunks ExrChunks::chunksOf(std::size_t part) const

@@ -24,8 +24,11 @@ class ExrChunks
     /// \return nothing if it is no such file, or not a whole one
     static std::optional<ExrChunks> find(QByteArray const& file, std::vector<QRect> const& windows);
 
+    /// The number of a part's method of compression.
+    int method(std::size_t part) const { return _methods[part]; }
+
     /// How many rows of a part are in a chunk, the last one apart.
-    int rowCount(std::size_t part) const { return _rowCounts[part]; }
+    int rowCount(std::size_t part) const;
 
     /// All chunks of a part.
     Chunks chunksOf(std::size_t part) const;
@@ -48,7 +51,7 @@ class ExrChunks
     bool isRight(Chunk const& chunk, QRect const& window) const;
 
     QByteArray _file;
-    std::vector<int> _rowCounts;
+    std::vector<int> _methods;
     /// Where the entries of all chunks stand.
     int _table = 0;
     /// How many bytes of a chunk say which part it is of.

@@ -380,8 +380,8 @@ class File : public NativeFrame
             QRect const window = dataWindow(band.spec);
             int const first = (window.y() - stamped().spec.y) / _chunks->rowCount(_stamped);
             auto const file = ExrChunks::find(encoded(std::move(band), compression), {window});
-            if (!file)
-                fail("OpenEXR writes otherwise");
+            if (!file || file->method(0) != _chunks->method(_stamped))
+                fail("It can't be compressed as it was");
             for (auto const& [index, chunk] : file->chunksOf(0))
                 chunks[first + index] = chunk;
         }
