@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerInitialize(int* argumentCount, char*** arguments)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const&) {});
-    static QGuiApplication application(*argumentCount, *arguments);
+    new QGuiApplication(*argumentCount, *arguments); // never deleted: fonts of Qt go before static objects made here
     return 0;
 }
 

@@ -17,6 +17,13 @@ namespace
 
 ztExamples::RunValues const run = {{}, {{"A", "{}"}}, {{"B", "2"}}, ztExamples::FrameRate{30, 2}, 0};
 
+bool savePicture(QString const& path)
+{
+    QImage picture(3, 2, QImage::Format_ARGB32);
+    picture.fill(0x80ff4020);
+    return picture.save(path);
+}
+
 void checkText(ztExamples::Template const& text)
 try
 {
@@ -49,7 +56,7 @@ void check(ztExamples::OverlayEntry const& entry)
 extern "C" int LLVMFuzzerTestOneInput(osg::UInt8 const* data, std::size_t size)
 {
     static QTemporaryDir const folder;
-    static bool const hasPicture = QImage(3, 2, QImage::Format_ARGB32).save(folder.filePath("logo.png"));
+    static bool const hasPicture = savePicture(folder.filePath("logo.png"));
     QFile file(folder.filePath("overlays.json"));
     require(hasPicture && file.open(QIODevice::WriteOnly), "the files are there");
     file.write(reinterpret_cast<char const*>(data), qint64(size));

@@ -21,8 +21,8 @@ static void run(Input const& input)
 // A harness ends the process where something is wrong.
 TEST(ZT_REPLAY, CorpusAndRandomInputs)
 {
-    char name[] = "replay", *names[] = {name, nullptr}, **arguments = names;
-    int argumentCount = 1;
+    static char name[] = "replay", *names[] = {name, nullptr}, **arguments = names;
+    static int argumentCount = 1; // the application keeps them
     LLVMFuzzerInitialize(&argumentCount, &arguments);
     std::vector<Input> corpus;
     for (auto const& entry : std::filesystem::directory_iterator(ZT_CORPUS))
