@@ -27,8 +27,7 @@ void apply(ColorTransform const& transform, float* pixels, std::size_t count, in
 std::string spaceOf(OIIO::ImageSpec const& spec);
 
 /// \throw std::runtime_error if overlays can't be brought to a space that is asked for, or if the configuration that
-/// the
-///     environment names can't be read; what() is a line about it
+///     the environment names can't be read; what() is a line about it
 void requireSpace(std::string const& space);
 
 /// Colours of overlays in a frame's space.

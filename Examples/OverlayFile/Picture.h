@@ -82,8 +82,7 @@ class VectorPicture
 /// \throw std::bad_alloc for a null image
 QImage allocated(QImage image);
 
-/// The pixels in the layout of an osg::Image: red, green, blue, alpha, premultiplied, bottom row first, no
-/// gaps.
+/// The pixels in the layout of an osg::Image: red, green, blue, alpha, premultiplied, bottom row first, no gaps.
 /// \throw std::bad_alloc without the memory for it
 QImage toPixels(QImage picture);
 

@@ -63,8 +63,7 @@ struct TemplatePart
 using Template = std::vector<TemplatePart>;
 
 /// \throw std::runtime_error if the text has a lone brace or a placeholder that is unknown, malformed or without a
-/// value
-///     for the run; what() is a line about it
+///     value for the run; what() is a line about it
 Template parseTemplate(QString const& text, RunValues const& run = {});
 
 /// Whether it is the same text in all frames.

@@ -102,9 +102,8 @@ void addOptions(QCommandLineParser& parser)
         {"dpi-scale", "Pixels for each DPI-independent pixel (1).", "S"},
         {"jobs", "How many threads decode and encode (one a processor).", "N"},
         {"compression",
-         QString("How small PNG and zip-compressed EXR files get: 0 is uncompressed, 9 the smallest and slowest (%1). "
-                 "Other "
-                 "formats take no notice.")
+         QString("How small PNG and zip-compressed EXR files get, others take no notice: 0 is uncompressed, 9 the "
+                 "smallest and slowest (%1).")
              .arg(defaultPngCompression),
          "N"},
         {"max-pixels",
@@ -302,7 +301,8 @@ void leaveOut(StampOptions& options)
     }
 }
 
-std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
+/// Whether inputs and outputs go together with each other and with the options about them.
+void requireAgreement(QCommandLineParser const& parser)
 {
     QString const output = valueOf(parser, "output");
     QString const outputDir = valueOf(parser, "output-dir");
@@ -322,19 +322,44 @@ std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
     bool const canBeOther = isStream ? suffixOf(output) == "pam" : !isLayer && isNativeSuffix(suffixOf(output));
     if (!output.isEmpty() && output != pipe && !canBeOther)
         requireFormat("output", output);
-    if (isLayer)
+}
+
+/// None for a stream, which tells them itself.
+std::vector<FramePaths> parseFrames(QCommandLineParser const& parser)
+{
+    requireAgreement(parser);
+    QString const output = valueOf(parser, "output");
+    if (parser.isSet("layer"))
         return nameLayers(output, parseLayerNumbers(parser));
-    std::vector<FramePaths> frames;
-    if (isStream)
-        return frames;
-    frames = parseInputs(inputs, valueOf(parser, "frames"));
+    if (parser.positionalArguments().contains(pipe))
+        return {};
+    std::vector<FramePaths> frames = parseInputs(parser.positionalArguments(), valueOf(parser, "frames"));
     require(output.isEmpty() || output == pipe || frames.size() == 1 || parsePattern(output),
             "--output takes one input, or several with a name such as out.####.png; --output-dir takes several");
     for (FramePaths& frame : frames)
-        frame.output = outputOf(frame, output, outputDir);
+        frame.output = outputOf(frame, output, valueOf(parser, "output-dir"));
     if (output != pipe)
         checkNames(frames);
     return frames;
+}
+
+/// What is read and written.
+void parsePlaces(QCommandLineParser const& parser, StampOptions& options)
+{
+    options.frames = parseFrames(parser);
+    QString const output = valueOf(parser, "output");
+    bool const isPattern = output != pipe && parsePattern(output);
+    options.outputDir = isPattern ? QFileInfo(output).path() : valueOf(parser, "output-dir");
+    options.readsPipe = parser.positionalArguments().contains(pipe);
+    options.writesPipe = output == pipe;
+    if (options.readsPipe && isPattern)
+        options.outputPattern = parsePattern(output);
+    if (parser.isSet("layer"))
+        options.layerSize = parseLayerSize(valueOf(parser, "layer"), options.rules.maxPixels);
+    options.skipsMissing = parser.isSet("skip-missing");
+    options.skipsExisting = parser.isSet("skip-existing");
+    options.isDryRun = parser.isSet("dry-run");
+    leaveOut(options);
 }
 
 } // namespace
@@ -365,26 +390,13 @@ StampOptions parseStampOptions(QStringList const& arguments)
         return options;
     }
     require(!options.overlayFile.isEmpty(), "--overlays is needed");
-    options.frames = parseFrames(parser);
-    options.values.isCounted = !parser.positionalArguments().contains(pipe);
-    QString const output = valueOf(parser, "output");
-    bool const isPattern = output != pipe && parsePattern(output);
-    options.outputDir = isPattern ? QFileInfo(output).path() : valueOf(parser, "output-dir");
-    options.readsPipe = parser.positionalArguments().contains(pipe);
-    options.writesPipe = output == pipe;
-    if (options.readsPipe && isPattern)
-        options.outputPattern = parsePattern(output);
+    parsePlaces(parser, options);
+    options.values.isCounted = !options.readsPipe;
     options.jobs = parseWhole(parser, "jobs", 1, maxJobs, std::clamp(QThread::idealThreadCount(), 1, maxJobs));
     options.rules.pngCompression = parseWhole(parser, "compression", 0, 9, defaultPngCompression);
     if (parser.isSet("dpi-scale"))
         options.dpiScale = parseDpiScale(valueOf(parser, "dpi-scale"));
     options.rules.space = valueOf(parser, "frame-space");
-    if (parser.isSet("layer"))
-        options.layerSize = parseLayerSize(valueOf(parser, "layer"), options.rules.maxPixels);
-    options.skipsMissing = parser.isSet("skip-missing");
-    options.skipsExisting = parser.isSet("skip-existing");
-    options.isDryRun = parser.isSet("dry-run");
-    leaveOut(options);
     options.isQuiet = parser.isSet("quiet");
     options.isForced = parser.isSet("force");
     return options;

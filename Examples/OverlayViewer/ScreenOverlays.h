@@ -13,9 +13,8 @@
 namespace ztExamples
 {
 
-/// The current scene and the viewport that shows it. The overlays stand in the viewport's `foregrounds`, so
-/// that a frame draws a list and walks no tree; what changes the list takes them out before and puts them in
-/// after.
+/// The current scene and the viewport that shows it. The overlays stand in the viewport's `foregrounds`, so that a
+/// frame draws a list and walks no tree; what changes the list takes them out before and puts them in after.
 class ScreenOverlays
 {
   public:

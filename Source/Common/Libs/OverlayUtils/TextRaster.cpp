@@ -77,8 +77,7 @@ bool isPossible(double width, double height)
     return width * height * 4.0 <= double(std::int64_t(1) << 31);
 }
 
-/// A null image where one of the sizes is below one pixel, or it takes more than 2 GiB, or Qt can't allocate
-/// it.
+/// A null image where one of the sizes is below one pixel, or it takes more than 2 GiB, or Qt can't allocate it.
 QImage paint(LaidOutText const& text, QColor const& color, QColor const& background)
 {
     if (!isPossible(text.width, text.height))

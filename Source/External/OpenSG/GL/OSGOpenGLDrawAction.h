@@ -80,8 +80,7 @@ class ZTOPENSGGL_EXPORT OpenGLDrawAction : public DrawActionBase
     /// at the end of a frame.
     std::string takeFailure();
 
-    /// How many polygons have been drawn, those of ended frames, and how many images uploaded since the action was
-    /// made.
+    /// How many polygons of ended frames have been drawn, how many images uploaded since the action was made.
     UInt64 getNumDraws() const;
     UInt64 getNumUploads() const;
 
