@@ -1,5 +1,6 @@
 // What the hosts load.
 
+#include "Checks.h"
 #include "Colors.h"
 #include "Convert.h"
 #include "Dpx.h"
@@ -208,6 +209,10 @@ class File : public NativeFrame
             fail(OIIO::geterror());
         if (format == "dpx")
             DpxHeader(path).requireSizes();
+        if (format == "tiff")
+            checkTiff(path);
+        if (format == "jpeg")
+            checkJpeg(path);
         OIIO::ImageSpec first, wishes;
         wishes.attribute("oiio:UnassociatedAlpha", 1); // multiplying by alpha and dividing again rounds
         require(_input->open(QFile::encodeName(path).toStdString(), first, wishes), *_input);

@@ -127,6 +127,31 @@ def patched(name, place, format, *numbers):
     return content
 
 
+def profile(kind, *numbers, offset=144):
+    # With a single element, of 40 bytes.
+    element = kind + struct.pack(f">{len(numbers) + 1}I", 0, *numbers)
+    return bytes(128) + struct.pack(">I4sII", 1, b"cprt", offset, 40) + element.ljust(40, b"\0")
+
+
+def check_profiles():
+    rows = {"true": (profile(b"mluc", 1, 12, 0, 12, 28), profile(b"desc", 28)),
+            "wrong": (profile(b"mluc", 1, 12, 0, 13, 28), profile(b"mluc", 1 << 31), profile(b"desc", 29),
+                      profile(b"desc", 0), profile(b"text")[:-1], profile(b"text", offset=0xffffffe0))}
+    for kind, profiles in rows.items():
+        names = []
+        for i, given in enumerate(profiles):
+            names += [f"{kind}{i}.tif", f"{kind}{i}.jpg"]
+            typed = (f"uint8[{len(given)}]", np.frombuffer(given, np.uint8))
+            write(names[-2], "uint8", attributes={"ICCProfile": typed})
+            write(names[-1], "uint8")
+            segment = struct.pack(">BBBH", 255, 255, 0xe2, len(given) + 16) + b"ICC_PROFILE\0\1\1" + given
+            content = open(names[-1], "rb").read()
+            open(names[-1], "wb").write(content[:2] + segment + content[2:])
+        errors = "".join(f"{name}: can't read it: .* profile is damaged\n" for name in names) + "12 of 12 frames failed\n"
+        stamp("--output-dir", "rest", "--frame-space", "sRGB", *names, errors="" if kind == "true" else errors,
+              code=0 if kind == "true" else 1)
+
+
 def check_hostile():
     box, cut = b"dataWindow\0box2i\0", lambda name: open(name, "rb").read()[:5000]
     subprocess.run(["oiiotool", "half.exr", "-otex", "mip.exr"], check=True)
@@ -138,12 +163,13 @@ def check_hostile():
             "offset.dpx": (patched("10.dpx", 4, ">I", 10 ** 7), "cut off"), "empty.exr": (b"", "format"),
             "mip.exr": (open("mip.exr", "rb").read(), "levels"), "ink.tif": (open("ink.tif", "rb").read(), "CMYK"),
             "user.dpx": (patched("10.dpx", 32, ">I", 0xf0f0f0f0), "cut off"),
+            "bits.tif": (open("8.tif", "rb").read().replace(b"\2\1\3\0", b"\xe8\xfd\3\0"), "how many bits"),
             "rows.dpx": (patched("12.dpx", 812, ">I", 0x70707070), "cut off"),
             "deep.ppm": (b"P6\n# maxval\n1 1\n65535\n123456", "16 bits")}
     for name, (content, _) in rows.items():
         open(name, "wb").write(content)
     lines = "".join(f"{name}: can't read it: .*{reason}.*\n" for name, (_, reason) in rows.items())
-    stamp("--output-dir", "rest", *rows, "half.exr", errors=lines + "13 of 14 frames failed\n", code=1)
+    stamp("--output-dir", "rest", *rows, "half.exr", errors=lines + "14 of 15 frames failed\n", code=1)
     assert os.listdir("rest") == ["half.exr"]
     stamp("--output-dir", "x", "--frame-space", "linaer", "half.exr", code=2,
           errors='--frame-space: .*linear, sRGB, Rec709, got "linaer", did you mean "linear"\\?\n')
@@ -201,4 +227,5 @@ with tempfile.TemporaryDirectory() as folder:
         assert open("out/" + name, "rb").read() == open("again/" + name, "rb").read(), f"{name}: jobs change it"
     check_conversions()
     check_hostile()
+    check_profiles()
     check_metadata()
