@@ -46,7 +46,8 @@ def peer_arguments(height):
         arguments += ["-font", font, "-fill", color, "-undercolor", background, "-gravity", gravity,
                       "-pointsize", str(round(size * height)), "-annotate", offset(x, y), text]
     place, size = round(LOGO_OFFSET * height), round(LOGO_SIZE * height)
-    return arguments + ["-gravity", "SouthEast", "-draw", f"image over {place},{place} {size},{size} '{DATA / 'logo.png'}'"]
+    logo = f"image over {place},{place} {size},{size} '{DATA / 'logo.png'}'"
+    return arguments + ["-gravity", "SouthEast", "-draw", logo]
 
 
 def pictures(stamp, case, suffix, size, count):
@@ -67,12 +68,12 @@ def half_floats(stamp, case, suffix, size, count):
     make_frames(case / "png", "png", size, count)
     (case / "in").mkdir()
     frames = f"0-{count - 1}"
-    subprocess.run(["oiiotool", "--frames", frames, case / "png/frame_%03d.png", "--colorconvert", "sRGB", "linear", "-d",
-                    "half", "--compression", "zip", "-o", case / "in/frame_%03d.exr"], check=True)
+    subprocess.run(["oiiotool", "--frames", frames, case / "png/frame_%03d.png", "--colorconvert", "sRGB", "linear",
+                    "-d", "half", "--compression", "zip", "-o", case / "in/frame_%03d.exr"], check=True)
     texts = []
     for font, color, _, _, height, x, y, text in LABELS:
-        place = f"x={round(x * size[1])}:y={round((y + 0.1) * size[1])}:size={round(height * size[1])}:font={font_file(font)}"
-        texts += [f"--text:{place}", text.replace("%p/", "")]
+        place = f"x={round(x * size[1])}:y={round((y + 0.1) * size[1])}:size={round(height * size[1])}"
+        texts += [f"--text:{place}:font={font_file(font)}", text.replace("%p/", "")]
     return {
         "ours": [stamp, "--quiet", "--overlays", str(DATA / "overlays.json"), "--jobs", "2", "--output-dir",
                  str(case / "ours"), *sorted(map(str, (case / "in").iterdir()))],
@@ -85,7 +86,8 @@ def video(stamp, case, suffix, size, count):
     """A video's frames through pipes beside those of ffmpeg's own filter. None is encoded."""
     make_frames(case / "in", "png", size, count)
     film, labels = case / "in.mkv", case / "labels.json"
-    subprocess.run(["ffmpeg", "-v", "error", "-i", case / "in/frame_%03d.png", "-c:v", "mpeg4", "-q:v", "2", film], check=True)
+    subprocess.run(["ffmpeg", "-v", "error", "-i", case / "in/frame_%03d.png", "-c:v", "mpeg4", "-q:v", "2", film],
+                   check=True)
     overlays = json.loads((DATA / "overlays.json").read_text())["overlays"]
     texts = [{**one, "text": one["text"].replace("/{count}", "")} for one in overlays if "text" in one]
     labels.write_text(json.dumps({"overlays": texts}))
