@@ -80,12 +80,11 @@ int layoutHeight(osg::ViewportPtr const& viewport)
     return height;
 }
 
-/// A copy of a text, rendered from its fields. It is `dirty` if there is nothing to draw.
+/// A copy of a text, rendered from its fields. If the text is `dirty`, it stays so where there is nothing to draw.
 osg::RefPtr<osg::Node> renderCopy(Subject const& subject)
 {
     osg::RefPtr<osg::Node> copy(ztOverlays::duplicateOverlay(osg::NullFC, subject.overlay));
     auto const overlay = osg::dynamicCast<osg::Overlay>(copy->core);
-    overlay->dirty = true;
     ztOverlays::updateOverlayImage(overlay, 0, layoutHeight(subject.viewport));
     return copy;
 }
