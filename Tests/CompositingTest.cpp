@@ -1,5 +1,6 @@
 // Overlays stamped onto an image, against pictures that QPainter and plain loops make of the same parts.
 #include "TestSupport.h"
+#include "ztImage.h"
 
 #include <QPainter>
 
@@ -110,6 +111,18 @@ TEST_F(CompositingTest, NothingToDoIsNoHarm)
     blendOverlaysOntoImage({osg::NullFC, makePicture(osg::NullFC), makeText("")}, frame, makeViewport(10, 10));
     blendOverlaysOntoImage({text}, makeImage(0, 0), osg::NullFC);
     EXPECT_EQ(frame->pixels, makeImage(20, 20, {9, 9, 9, 255})->pixels);
+}
+
+TEST_F(CompositingTest, PicturesAreScaledToSidesUpToTheMost)
+{
+    constexpr int most = 1 << 24;
+    osg::ImagePtr destination = makeImage(1, 1);
+    for (auto const& [width, height, isPossible] : {std::tuple{most, 1, true}, {1, most, true}, {1, most + 1, false}})
+    {
+        EXPECT_EQ(ztImage::scale(makeImage(1, 1), width, height, destination, ztImageBilinearFilter()), isPossible);
+        EXPECT_EQ(destination->height, isPossible ? height : 0);
+    }
+    EXPECT_EQ(ztImageBilinearFilter().filter(1.5), 0.0);
 }
 
 // A text takes the foreground over from the picture that it covers, in the first pass and in the second.

@@ -1,4 +1,5 @@
 // Typed pointers, counts, types, the edit protocol, attachments, nodes, images and chunks.
+#include "OSGRefPtr.h"
 #include "TestSupport.h"
 #include "ztNodeUtils.h"
 
@@ -205,9 +206,27 @@ TEST_F(ContainerTest, ImageTakesASizeAndCopiesBytesOrUsesThemInPlace)
         EXPECT_EQ(image->pixelBuffer() == bytes, inPlace);
     }
     EXPECT_EQ(image->pixels, (std::vector<osg::UInt8>{1, 2, 3, 4}));
+    image->pixels.clear();
+    EXPECT_EQ(image->pixelBuffer(), nullptr);
     for (int size : {500, 16})
         image->set(6408, size, size, 1, 1, 1, 0.0, nullptr, osg::Image::TypeUInt8, true, 1);
     EXPECT_LE(image->pixels.capacity(), 4096u) << "the memory of what it held is free";
+}
+
+TEST_F(ContainerTest, ChunksWhoseLifeIsAskedForAreCountedWhenTheyEnd)
+{
+    auto const before = osg::StateChunk::getNumEnded();
+    std::weak_ptr<void const> life;
+    for (bool const isAsked : {false, true})
+    {
+        EXPECT_EQ(osg::StateChunk::getNumEnded(), before);
+        osg::RefPtr<osg::BlendChunk> const chunk(osg::create<osg::BlendChunk>());
+        if (isAsked)
+            life = chunk->getLife();
+        EXPECT_EQ(life.expired(), !isAsked);
+    }
+    EXPECT_TRUE(life.expired());
+    EXPECT_EQ(osg::StateChunk::getNumEnded(), before + 1);
 }
 
 TEST_F(ContainerTest, TextureCountsChangesOfItsImage)

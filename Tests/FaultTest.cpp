@@ -220,6 +220,32 @@ TEST(FaultTest, LeavesNoTrace)
         }
 }
 
+TEST(FaultTest, UsersLeaveAListWhoseIndexLacksMemory)
+{
+    std::vector<osg::RefPtr<osg::Node>> nodes(40);
+    for (auto& node : nodes)
+        node = osg::RefPtr<osg::Node>(osg::create<osg::Node>());
+    bool isReached = true;
+    for (std::size_t number = 1; isReached; ++number)
+    {
+        osg::UserList<osg::NodePtr> users;
+        isReached = workWithRefusal(number, [&] {
+            for (auto const& node : nodes)
+                try
+                {
+                    users.push_back(node);
+                }
+                catch (std::bad_alloc const&)
+                {
+                    users.push_back(node);
+                }
+        });
+        for (auto const& node : nodes)
+            ASSERT_TRUE(users.remove(node.get())) << number;
+        ASSERT_TRUE(users.empty());
+    }
+}
+
 TEST(FaultTest, ChangeListEndsWhereItCannotGrowAndSaysSo)
 {
     osg::ChangeList list;

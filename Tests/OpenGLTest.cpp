@@ -175,6 +175,7 @@ TEST_P(OpenGLTest, UnscaledOverlaysAgreeWithTheStamp)
             EXPECT_LE(difference(drawOver(opaque, {picture}), stampOver(opaque, picture)), 1) << alpha << ' ' << x;
         }
     }
+    EXPECT_EQ(pixelAt(drawOver(makeImage(1, 1), {makeSquare(1)}), 0, 0)[0], 255) << "a viewport of a pixel";
 }
 
 /// Of two images of 96 by 64.
@@ -211,6 +212,8 @@ TEST_P(OpenGLTest, ScaledPicturesEqualTheStamp)
             overlay->size = size;
             EXPECT_EQ(uploadsOf(draw), 0u) << "as in another viewport: " << size;
         }
+        overlay->size = 63.9f;
+        EXPECT_EQ(uploadsOf(draw), 1u) << "of sizes, the last four are kept";
         std::rotate(picture->pixels.begin(), picture->pixels.begin() + 4, picture->pixels.end());
         osg::markChanged(picture, osg::Image::PixelsFieldMask);
         EXPECT_LE(difference(drawOver(frame, {overlay}), stampOver(frame, overlay)), 1) << name << " changed";
@@ -325,15 +328,16 @@ TEST_P(OpenGLTest, UploadsFollowTheImage)
 
 TEST_P(OpenGLTest, ObjectsGoWithTheirChunksAndWithRelease)
 {
-    // Textures, programs, buffers and vertex arrays.
+    // Textures, programs, buffers, vertex arrays and samplers.
     auto const countObjects = [] {
-        std::array<int, 4> counts{};
+        std::array<int, 5> counts{};
         for (GLuint name = 1; name < 50; ++name)
         {
             counts[0] += glIsTexture(name);
             counts[1] += glIsProgram(name);
             counts[2] += glIsBuffer(name);
             counts[3] += glIsVertexArray(name);
+            counts[4] += glIsSampler(name);
         }
         return counts;
     };
@@ -349,12 +353,12 @@ TEST_P(OpenGLTest, ObjectsGoWithTheirChunksAndWithRelease)
     drawOver(frame, {staying});
     EXPECT_EQ(action.getNumTextures(), 1u);
     EXPECT_EQ(action.getNumPrograms(), 1u);
-    EXPECT_EQ(countObjects(), (std::array{2, 1, 1, 1})) << "one texture is the frame's";
+    EXPECT_EQ(countObjects(), (std::array{2, 1, 1, 1, 1})) << "one texture is the frame's";
     action.release();
     EXPECT_EQ(action.getNumTextures() + action.getNumPrograms(), 0u);
-    EXPECT_EQ(countObjects(), (std::array{1, 0, 0, 0}));
+    EXPECT_EQ(countObjects(), (std::array{1, 0, 0, 0, 0}));
     EXPECT_EQ(pixelAt(drawOver(frame, {staying}), 0, 0)[0], 255) << "all made anew";
-    EXPECT_EQ(countObjects(), (std::array{2, 1, 1, 1}));
+    EXPECT_EQ(countObjects(), (std::array{2, 1, 1, 1, 1}));
 }
 
 /// Can't be drawn.
@@ -405,6 +409,8 @@ void spoilState(bool isES)
         glClipControl(GL_UPPER_LEFT, GL_ZERO_TO_ONE);
     glScissor(1, 2, 3, 4);
     glViewport(5, 6, 7, 8);
+    if (!isES && epoxy_gl_version() >= 41)
+        glViewportIndexedf(1, 1.5f, 2, 3, 4);
     glBlendFuncSeparate(GL_DST_COLOR, GL_ZERO, GL_ZERO, GL_ONE);
     glBlendEquationSeparate(GL_FUNC_SUBTRACT, GL_FUNC_REVERSE_SUBTRACT);
     int value = 8;
@@ -450,6 +456,12 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
     glActiveTexture(GL_TEXTURE0);
     EXPECT_EQ(changeSince(atUnit0), 0u);
     EXPECT_TRUE(GetParam() || glIsEnabledi(GL_BLEND, 1));
+    if (!GetParam() && epoxy_gl_version() >= 41)
+    {
+        std::array<float, 4> second;
+        glGetFloati_v(GL_VIEWPORT, 1, second.data());
+        EXPECT_EQ(second, (std::array{1.5f, 2.0f, 3.0f, 4.0f}));
+    }
     EXPECT_EQ(difference(readBack(64, 48), expected), 0);
 }
 
@@ -552,6 +564,11 @@ TEST_P(OpenGLTest, AFrameShowsWhatItsPolygonsShowOneByOne)
             osg::setRefdCP(changing->camera, createTile(width, 40));
             square->foreground->draw(&action, changing.get());
         }
+        for (auto const field : {&osg::Viewport::pixelWidth, &osg::Viewport::pixelHeight}) // of the same layout
+        {
+            *changing.*field += 7;
+            square->foreground->draw(&action, changing.get());
+        }
     };
     osg::ImagePtr shown[2];
     for (bool inFrame : {false, true})
@@ -569,7 +586,7 @@ TEST_P(OpenGLTest, AFrameShowsWhatItsPolygonsShowOneByOne)
         }
         else
             drawAll();
-        EXPECT_EQ(action.getNumDraws(), draws + 18);
+        EXPECT_EQ(action.getNumDraws(), draws + 20);
         EXPECT_NE(action.takeFailure().find("corners"), std::string::npos);
         shown[inFrame] = readBack(64, 32);
     }
@@ -614,10 +631,13 @@ TEST_P(OpenGLTest, MipmapsAreOfTheNewestPixels)
     EXPECT_NEAR(gray(), 128, 3);
     textureOf(striped)->minFilter = GL_NEAREST;
     EXPECT_EQ(gray() % 255, 0);
-    textureOf(striped)->minFilter = GL_LINEAR_MIPMAP_LINEAR;
-    std::fill(striped->image->pixels.begin(), striped->image->pixels.end(), 255);
-    osg::markChanged(striped->image, osg::Image::PixelsFieldMask);
-    EXPECT_EQ(gray(), 255);
+    for (auto const& [filter, value] : {std::pair{GL_NEAREST_MIPMAP_NEAREST, 200}, {GL_LINEAR_MIPMAP_LINEAR, 255}})
+    {
+        textureOf(striped)->minFilter = filter;
+        std::fill(striped->image->pixels.begin(), striped->image->pixels.end(), osg::UInt8(value));
+        osg::markChanged(striped->image, osg::Image::PixelsFieldMask);
+        EXPECT_NEAR(gray(), value, 1) << filter;
+    }
 }
 
 // Alpha 128 and colour 64, over black.

@@ -111,3 +111,11 @@ TEST_F(TextRasterTest, ExtremeSettingsAreDefined)
     EXPECT_EQ(render(breaks)->width, 0);
     EXPECT_FALSE(breaks->dirty);
 }
+
+TEST_F(TextRasterTest, WhatHasNothingToDrawIsClear)
+{
+    osg::OverlayPtr const overlay = makeText("");
+    osg::ImagePtr const image = render(overlay);
+    image->pixels.assign(image->pixels.size(), 255);
+    EXPECT_EQ(render(overlay)->pixels, makeImage(16, 16)->pixels);
+}

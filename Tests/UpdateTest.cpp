@@ -23,6 +23,8 @@ TEST_F(UpdateTest, PoolRootIsMadeOnceByOneOperationAndReversedByAnother)
 
     auto const pool = osg::create<osg::MaterialPool>();
     osg::NodePtr const poolNode = makeNode(pool, sceneRoot);
+    EXPECT_EQ(sceneRoot->getOnlyPoolNode(), poolNode);
+    EXPECT_EQ(branch->getOnlyPoolNode(), osg::NullFC);
     ztOverlays::reverseOverlaysSGOrder(branch);
     EXPECT_EQ(ztOverlays::getOverlayPoolRootForNode(branch), osg::NullFC) << "not made by these";
     Recorder recorder;
