@@ -58,7 +58,9 @@ class OverlayCheckTest : public SceneTest, public testing::WithParamInterface<Ro
 Row const rows[] = {
     {"nothing", [](OverlayCheckTest&) {}, {}},
     {"a size that leads to a new rendering anyway", [](OverlayCheckTest& t) { t._text->size = 0.3f; }, {}},
-    {"no root", [](OverlayCheckTest&) { ztOpenSGUtils::setRoot(osg::NullFC); }, {{Kind::NoRoot, "", "no scene"}}},
+    {"no root",
+     [](OverlayCheckTest&) { ztOpenSGUtils::setRoot(osg::NullFC); },
+     {{Kind::NoRoot, "", "^there is no scene"}}},
     {"no pool", [](OverlayCheckTest& t) { t.setRoot(osg::create<osg::Node>()); }, {{Kind::NoPool, "", "no pool"}}},
     {"two Qts",
      [](OverlayCheckTest& t) { t._otherQt = dlopen(ZT_OTHER_QT, RTLD_NOW); },

@@ -1,6 +1,7 @@
 // The size that overlays are laid out for, and where they come to lie.
 #include "OSGPolygonFit.h"
 #include "TestSupport.h"
+#include "ztNumeric.h"
 
 #include "OSGCamera.h"
 
@@ -30,6 +31,22 @@ static std::tuple<std::string, float, int, int, int, int> const cameraChains[] =
     {"SP", 1.5f, 801, 600, 1201, 600},   {"SP", 0.3f, 800, 600, 800, 1999},     {"SP", 0.1f, 800, 600, 800, 6000},
     {"SP", 1.3f, 10, 10, 13, 10},        {"SP", std::nanf(""), 80, 60, 80, 60},
 };
+
+TEST_F(PlacementTest, NumbersAreTruncatedTowardsZeroWithinTheRangeOfInt)
+{
+    constexpr int most = std::numeric_limits<int>::max(), least = std::numeric_limits<int>::min();
+    double const infinity = std::numeric_limits<double>::infinity();
+    for (auto const& [value, expected] : {std::pair{2.9, 2},
+                                          {-2.9, -2},
+                                          {most - 0.1, most - 1},
+                                          {3e9, most},
+                                          {infinity, most},
+                                          {least + 0.1, least + 1},
+                                          {-3e9, least},
+                                          {-infinity, least},
+                                          {std::nan(""), 0}})
+        EXPECT_EQ(ztNumeric::truncate(value), expected) << value;
+}
 
 TEST_F(PlacementTest, LayoutSizeFollowsTheChainOfCameras)
 {

@@ -44,6 +44,8 @@ TEST_F(UpdateTest, PoolRootIsMadeOnceByOneOperationAndReversedByAnother)
     ztOverlays::reverseOverlaysSGOrder(branch);
     EXPECT_EQ(root->children, (std::vector{b, a}));
     EXPECT_EQ(recorder.take({{"R", root}}), "!R.children");
+    osg::setRefdCP(pool->overlayRoot, osg::NullFC);
+    EXPECT_NE(ztOverlays::getOverlayPoolRoot(), osg::NullFC) << "made anew";
 }
 
 TEST_F(UpdateTest, ChoosesBetweenRenderingAndPlacing)
