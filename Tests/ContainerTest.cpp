@@ -132,6 +132,19 @@ TEST_F(ContainerTest, ChildrenAreMovedAndReplacedAndMarked)
     EXPECT_EQ(recorder.take({{"name", name}}), "+name !name.name");
 }
 
+TEST_F(ContainerTest, TreesAreDestroyedDownwardsFromTheFirstChildToTheLast)
+{
+    auto const below = [](osg::NodePtr const& parent) {
+        parent->addChild(osg::create<osg::Node>());
+        return parent->children.back();
+    };
+    osg::NodePtr const root = osg::create<osg::Node>(), a = below(root), b = below(a), c = below(a), d = below(root);
+    osg::addRef(root);
+    Recorder recorder;
+    osg::subRef(root);
+    EXPECT_EQ(recorder.take({{"root", root}, {"a", a}, {"b", b}, {"c", c}, {"d", d}}), "xroot xa xb xc xd");
+}
+
 // Against a plain list, in which a user may stand several times, up to lengths that have an index.
 TEST_F(ContainerTest, UsersLeaveTheirListFromAnyPlaceAndTheOthersKeepTheirOrder)
 {
@@ -198,12 +211,14 @@ TEST_F(ContainerTest, ImageTakesASizeAndCopiesBytesOrUsesThemInPlace)
                                 other == 4, nullptr, other == 5 ? 5126 : 5121, true, 1 + (other == 6)));
         EXPECT_EQ(image->width, 0) << other;
     }
-    EXPECT_FALSE(image->set(6408, 5, 0, 1, 1, 1, 0.0, nullptr, 5121, true, 1) || image->isComplete());
+    for (auto const& [width, height] : {std::pair{5, 0}, {0, 5}})
+        EXPECT_FALSE(image->set(6408, width, height, 1, 1, 1, 0.0, nullptr, 5121, true, 1) || image->isComplete());
     osg::UInt8 bytes[4] = {1, 2, 3, 4};
     for (bool const inPlace : {true, false})
     {
         EXPECT_TRUE(image->set(6408, 1, 1, 1, 1, 1, 0.0, bytes, osg::Image::TypeUInt8, !inPlace, 1));
         EXPECT_EQ(image->pixelBuffer() == bytes, inPlace);
+        EXPECT_EQ(image->pixels.empty(), inPlace);
     }
     EXPECT_EQ(image->pixels, (std::vector<osg::UInt8>{1, 2, 3, 4}));
     image->pixels.clear();

@@ -402,6 +402,12 @@ bool hasBlendingOfEach(bool isES)
     return !isES || epoxy_gl_version() >= 32;
 }
 
+/// Whether each has factors of its own.
+bool hasFactorsOfEach(bool isES)
+{
+    return epoxy_gl_version() >= (isES ? 32 : 40);
+}
+
 /// What a host may have set, so that nothing would be drawn, or something else.
 void spoilState(bool isES)
 {
@@ -431,6 +437,8 @@ void spoilState(bool isES)
     }
     if (hasBlendingOfEach(isES))
         glEnablei(GL_BLEND, 1);
+    if (hasFactorsOfEach(isES))
+        glBlendFunci(1, GL_SRC_COLOR, GL_ONE);
 }
 
 TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
@@ -463,6 +471,10 @@ TEST_P(OpenGLTest, StateIsAfterwardsAsBeforeAndHasNoEffect)
     glActiveTexture(GL_TEXTURE0);
     EXPECT_EQ(changeSince(atUnit0), 0u);
     EXPECT_TRUE(!hasBlendingOfEach(GetParam()) || glIsEnabledi(GL_BLEND, 1));
+    GLint factor = GL_SRC_COLOR;
+    if (hasFactorsOfEach(GetParam()))
+        glGetIntegeri_v(GL_BLEND_SRC_RGB, 1, &factor);
+    EXPECT_EQ(factor, GL_SRC_COLOR);
     if (!GetParam() && epoxy_gl_version() >= 41)
     {
         std::array<float, 4> second;
@@ -573,9 +585,10 @@ TEST_P(OpenGLTest, AFrameShowsWhatItsPolygonsShowOneByOne)
         }
         osg::OverlayPtr const last = makeSquare(30, {0, 0, 200, 255});
         ztOverlays::updateOverlay(last, 40, 40);
-        for (auto const field : {&osg::Viewport::pixelWidth, &osg::Viewport::pixelHeight}) // of the same layout
+        for (auto const& [field, change] : // of the same layout
+             {std::pair{&osg::Viewport::pixelWidth, 7}, {&osg::Viewport::pixelHeight, -7}})
         {
-            *changing.*field += 7;
+            *changing.*field += change;
             last->foreground->draw(&action, changing.get());
         }
     };
@@ -626,6 +639,8 @@ TEST_P(OpenGLTest, ChunksMeanWhatTheySay)
     EXPECT_EQ(std::pair(column(3), column(4)), std::pair(0, 255));
     blend->srcFactor = blend->destFactor = GL_ONE;
     EXPECT_EQ(column(0), 100) << "added";
+    blend->srcFactor = blend->destFactor = GL_ZERO;
+    EXPECT_EQ(pixelAt(drawOver(frame, {overlay}), 0, 0), (std::array{0, 0, 0, 0}));
 }
 
 // Eight texels a pixel in stripes: a mipmap evens them out, the nearest texel doesn't.

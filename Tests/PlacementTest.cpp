@@ -115,6 +115,9 @@ TEST_F(PlacementTest, WritesAndMarksOnlyWhatMoved)
     EXPECT_EQ(marks(2, next, 16) + marks(2, 16, next) + marks(2, 16, std::nanf("")),
               "!.positions!.positions!.positions")
         << "the last digit";
+    overlay->foreground->positions.resize(2);
+    ztOverlays::updateOverlayPosition(overlay, 100, 100);
+    EXPECT_EQ(overlay->foreground->positions.size(), 4u);
 }
 
 TEST_F(PlacementTest, NodeFormsTakeTheLayoutSizeButForRendering)
@@ -148,6 +151,7 @@ TEST_F(PlacementTest, OnlyWholeRectanglesAreFittedToPixels)
     };
     std::pair const none{0, 0};
     EXPECT_EQ(fitted(rectangle, whole, area), (std::pair{8, 6}));
+    EXPECT_EQ(fitted(std::vector<osg::Pnt2f>{{3, 5}, {4, 5}, {4, 6}, {3, 6}}, whole, area), (std::pair{1, 1}));
     EXPECT_EQ(fitted(rectangle, whole, {0, 0, 21, 10}), none);
     EXPECT_EQ(fitted(rectangle, whole, {0, 0, 20, 11}), none);
     for (std::size_t i = 0; i < 4; ++i)
