@@ -46,6 +46,8 @@ TEST_F(UpdateTest, PoolRootIsMadeOnceByOneOperationAndReversedByAnother)
     EXPECT_EQ(recorder.take({{"R", root}}), "!R.children");
     osg::setRefdCP(pool->overlayRoot, osg::NullFC);
     EXPECT_NE(ztOverlays::getOverlayPoolRoot(), osg::NullFC) << "made anew";
+    poolNode->setCore(osg::create<osg::Group>());
+    EXPECT_EQ(ztOverlays::getOverlayPoolRoot(), osg::NullFC) << "no pool any more";
 }
 
 TEST_F(UpdateTest, ChoosesBetweenRenderingAndPlacing)
