@@ -2,9 +2,10 @@
 #include "TestSupport.h"
 #include "ztOverlayCheck.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <dlfcn.h>
-#include <regex>
 
 namespace
 {
@@ -131,6 +132,11 @@ Row const rows[] = {
      {{Kind::StillDirty, "title", "no chunk"}}},
 };
 
+bool matches(std::string const& text, std::string const& pattern)
+{
+    return QString::fromStdString(text).contains(QRegularExpression(QString::fromStdString(pattern)));
+}
+
 TEST_P(OverlayCheckTest, FindsNoMoreAndNoLessAndChangesNothing)
 {
     auto const& [name, spoil, expected] = GetParam();
@@ -145,9 +151,8 @@ TEST_P(OverlayCheckTest, FindsNoMoreAndNoLessAndChangesNothing)
         std::string const line = toLine(findings[i]);
         EXPECT_EQ(findings[i].kind, kind) << line;
         EXPECT_EQ(findings[i].node, node) << line;
-        EXPECT_TRUE(std::regex_search(line, std::regex(pattern))) << line;
-        std::regex const order("^(add|build|call|install|leave|make|raise|write) ");
-        EXPECT_TRUE(std::regex_search(findings[i].advice, order)) << findings[i].advice;
+        EXPECT_TRUE(matches(line, pattern)) << line;
+        EXPECT_TRUE(matches(findings[i].advice, "^(add|build|call|install|leave|make|raise|write) ")) << line;
     }
 }
 
