@@ -657,7 +657,7 @@ TEST_P(OpenGLTest, MipmapsAreOfTheNewestPixels)
     EXPECT_EQ(gray() % 255, 0);
     for (auto const& [filter, value] : {std::pair{GL_NEAREST_MIPMAP_NEAREST, 200}, {GL_LINEAR_MIPMAP_LINEAR, 255}})
     {
-        textureOf(striped)->minFilter = filter;
+        textureOf(striped)->minFilter = GLenum(filter);
         std::fill(striped->image->pixels.begin(), striped->image->pixels.end(), osg::UInt8(value));
         osg::markChanged(striped->image, osg::Image::PixelsFieldMask);
         EXPECT_NEAR(gray(), value, 1) << filter;
