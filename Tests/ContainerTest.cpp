@@ -125,8 +125,10 @@ TEST_F(ContainerTest, ChildrenAreMovedAndReplacedAndMarked)
         EXPECT_EQ(childrenOf(nodes['P'], nodes), row.children) << row.name;
         EXPECT_EQ(childrenOf(nodes['Q'], nodes), row.others) << row.name;
     }
-    osg::NodePtr const node = makeNode();
+    osg::NodePtr const node = makeNode(osg::create<osg::Group>()), other = makeNode(node->core);
     Recorder recorder;
+    node->setCore(other->core);
+    EXPECT_EQ(node->core->getParents(), (std::vector{node, other})) << "it has it already";
     ztNodeUtils::rename(node, "new");
     auto const name = node->findAttachment(osg::Name::getClassType().getGroupId());
     EXPECT_EQ(recorder.take({{"name", name}}), "+name !name.name");

@@ -59,6 +59,9 @@ class OverlayCheckTest : public SceneTest, public testing::WithParamInterface<Ro
 Row const rows[] = {
     {"nothing", [](OverlayCheckTest&) {}, {}},
     {"a size that leads to a new rendering anyway", [](OverlayCheckTest& t) { t._text->size = 0.3f; }, {}},
+    {"a picture with any family",
+     [](OverlayCheckTest& t) { t._picture->font = "DejaVv Sanz", t.update(t._picture); },
+     {}},
     {"no root",
      [](OverlayCheckTest&) { ztOpenSGUtils::setRoot(osg::NullFC); },
      {{Kind::NoRoot, "", "^there is no scene"}}},
@@ -70,7 +73,7 @@ Row const rows[] = {
      [](OverlayCheckTest& t) { t._text->font = "DejaVv Sanz", t.update(t._text); },
      {{Kind::MissingFont, "title", "nearest name is \"DejaVu Sans\""}}},
     {"straight alpha",
-     [](OverlayCheckTest& t) { t._picture->image->pixels[4 * 6] = 52; },
+     [](OverlayCheckTest& t) { t._picture->image->pixels[4 * 6 + 1] = 52; },
      {{Kind::StraightAlpha, "logo", "column 2 of row 1 "}}},
     {"another text",
      [](OverlayCheckTest& t) { t._text->text = "Take 4"; },
