@@ -115,7 +115,7 @@ TEST_F(PlacementTest, WritesAndMarksOnlyWhatMoved)
     EXPECT_EQ(marks(2, next, 16) + marks(2, 16, next) + marks(2, 16, std::nanf("")),
               "!.positions!.positions!.positions")
         << "the last digit";
-    for (std::size_t count : {2, 0})
+    for (unsigned const count : {2u, 0u})
     {
         overlay->foreground->positions.resize(count);
         ztOverlays::updateOverlayPosition(overlay, 100, 100);
